@@ -1,0 +1,14 @@
+// Kw_Base: the whole public interface. A program that links kwbase includes this header.
+#pragma once
+
+#include "base/Assert.h"
+#include "base/CodePages.h"
+#include "base/Format.h"
+#include "base/Types.h"
+
+#include "platform/KwProgress.h"
+#include "platform/Platform.h"
+#include "platform/ConsolePlatform.h"
+#include "platform/ScriptedPlatform.h"
+
+#include "app/StringTable.h"

@@ -1,0 +1,53 @@
+// The default platform: a terminal program. With an interactive terminal a message box is printed
+// and answered on the terminal; without one the application has no main window, so the query box
+// shows nothing and returns 2.
+#pragma once
+
+#include <cstdio>
+
+#include "platform/Platform.h"
+
+namespace kw {
+
+class ConsolePlatform : public Platform {
+ public:
+  // `in` and `out` are the terminal; by default standard input and standard error.
+  ConsolePlatform();
+  ConsolePlatform(std::FILE* in, std::FILE* out, bool interactive);
+
+  WindowId GetMainWindow() override;
+  WindowId GetActiveWindow() override;
+  int RunQueryBox(const QueryBoxLayout& box) override;
+  void Beep(BeepClass beep) override;
+  bool IsCtrlKeyDown() override { return false; }
+  int GetVScrollBarWidth() override { return 17; }
+  void SetWaitCursor(bool) override {}
+  std::unique_ptr<KwProgress> CreateProgress(const std::u16string& title) override;
+
+  intptr_t ShellOpen(const std::u16string& file, const std::u16string& parameters) override;
+  bool FindPeer(const std::u16string& title) override;
+  intptr_t SendToPeer(const std::u16string& title, uint32_t tag, const std::u16string& data) override;
+  bool ShowHelp(const std::u16string& helpFile, const std::u16string& keyword) override;
+  bool RegisterDocumentType(const DocumentType& type) override;
+  bool UnregisterDocumentType(const std::u16string& typeId) override;
+  bool IsDocumentTypeRegistered(const std::u16string& typeId) override;
+
+  void DebugOutput(const std::u16string& text) override;
+  uint32_t GetLastError() override { return lastError_; }
+  void SetLastError(uint32_t code) override { lastError_ = code; }
+  std::u16string GetErrorText(uint32_t code) override;
+
+  bool SetClipboardText(const std::u16string& text) override;
+  bool GetClipboardText(std::u16string& text) override;
+
+  bool IsInteractive() const { return interactive_; }
+
+ private:
+  std::FILE* in_;
+  std::FILE* out_;
+  bool interactive_;
+  uint32_t lastError_ = 0;
+  std::u16string clipboard_;  // process-local: a terminal has no shared clipboard
+};
+
+}  // namespace kw

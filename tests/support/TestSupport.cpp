@@ -1,0 +1,57 @@
+#include "support/TestSupport.h"
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace kwtest {
+namespace {
+
+std::vector<Assertion>& Log() {
+  static std::vector<Assertion> log;
+  return log;
+}
+
+void Record(const char* source, int line, const char* expression) { Log().push_back({source, line, expression}); }
+
+}  // namespace
+
+AssertionRecorder::AssertionRecorder() : previous_(kw::SetAssertionHandler(&Record)) { Log().clear(); }
+AssertionRecorder::~AssertionRecorder() { kw::SetAssertionHandler(previous_); }
+const std::vector<Assertion>& AssertionRecorder::fired() const { return Log(); }
+void AssertionRecorder::Clear() { Log().clear(); }
+
+bool AssertionRecorder::Fired(const std::string& source, int line) const {
+  for (const auto& a : Log())
+    if (a.source == source && (line == 0 || a.line == line)) return true;
+  return false;
+}
+
+PlatformTest::PlatformTest() {
+  std::random_device rd;
+  dir_ = std::filesystem::temp_directory_path() /
+         ("kwtest-" + std::to_string(::getpid()) + "-" + std::to_string(rd()));
+  std::filesystem::create_directories(dir_);
+}
+
+PlatformTest::~PlatformTest() {
+  std::error_code ec;
+  std::filesystem::permissions(dir_, std::filesystem::perms::owner_all, std::filesystem::perm_options::add, ec);
+  std::filesystem::remove_all(dir_, ec);
+}
+
+void PlatformTest::WriteBytes(const std::filesystem::path& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string PlatformTest::ReadBytes(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+}  // namespace kwtest

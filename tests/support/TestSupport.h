@@ -1,0 +1,52 @@
+// Helpers shared by the tests: a recording assertion handler, a scripted platform that is installed
+// for one test, and temporary folders with files in them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "base/Assert.h"
+#include "platform/ScriptedPlatform.h"
+
+namespace kwtest {
+
+struct Assertion {
+  std::string source;
+  int line;
+  std::string expression;
+};
+
+// Records every assertion while it lives, instead of the default handler.
+class AssertionRecorder {
+ public:
+  AssertionRecorder();
+  ~AssertionRecorder();
+  const std::vector<Assertion>& fired() const;
+  size_t count() const { return fired().size(); }
+  // Whether an assertion with this source (and line, when nonzero) fired.
+  bool Fired(const std::string& source, int line = 0) const;
+  void Clear();
+
+ private:
+  kw::AssertionHandler previous_;
+};
+
+// A fixture with a scripted platform installed and a fresh temporary folder.
+class PlatformTest : public ::testing::Test {
+ protected:
+  PlatformTest();
+  ~PlatformTest() override;
+  std::filesystem::path Temp(const std::string& name) const { return dir_ / name; }
+  static void WriteBytes(const std::filesystem::path& path, const std::string& bytes);
+  static std::string ReadBytes(const std::filesystem::path& path);
+
+  kw::ScriptedPlatform platform_;
+  kw::ScopedPlatform scope_{platform_};
+  AssertionRecorder asserts_;
+  std::filesystem::path dir_;
+};
+
+}  // namespace kwtest
