@@ -4,6 +4,7 @@
 #include "base/Assert.h"
 #include "base/CodePages.h"
 #include "base/Format.h"
+#include "base/Numbers.h"
 #include "base/Types.h"
 
 #include "platform/KwProgress.h"
