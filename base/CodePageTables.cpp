@@ -1,0 +1,96 @@
+// The byte tables of the single-byte code pages and the best-fit table used when a character has no
+// place in them. Checked against iconv's CP1252 and CP437.
+#include "base/CodePageTables.h"
+
+#include <cstddef>
+
+namespace kw::detail {
+
+namespace {
+
+// Code page 1252, bytes 0x80..0x9F; the rest is ISO 8859-1. The five undefined bytes are the control
+// characters of the same value, so that any byte sequence survives a round trip.
+constexpr char16_t k1252High[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+// Code page 437, bytes 0x80..0xFF; 0x00..0x7F are ASCII including the control characters.
+constexpr char16_t k437High[128] = {
+    0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7, 0x00EA, 0x00EB, 0x00E8, 0x00EF,
+    0x00EE, 0x00EC, 0x00C4, 0x00C5, 0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9,
+    0x00FF, 0x00D6, 0x00DC, 0x00A2, 0x00A3, 0x00A5, 0x20A7, 0x0192, 0x00E1, 0x00ED, 0x00F3, 0x00FA,
+    0x00F1, 0x00D1, 0x00AA, 0x00BA, 0x00BF, 0x2310, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB,
+    0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x2561, 0x2562, 0x2556, 0x2555, 0x2563, 0x2551, 0x2557,
+    0x255D, 0x255C, 0x255B, 0x2510, 0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F,
+    0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x2567, 0x2568, 0x2564, 0x2565, 0x2559,
+    0x2558, 0x2552, 0x2553, 0x256B, 0x256A, 0x2518, 0x250C, 0x2588, 0x2584, 0x258C, 0x2590, 0x2580,
+    0x03B1, 0x00DF, 0x0393, 0x03C0, 0x03A3, 0x03C3, 0x00B5, 0x03C4, 0x03A6, 0x0398, 0x03A9, 0x03B4,
+    0x221E, 0x03C6, 0x03B5, 0x2229, 0x2261, 0x00B1, 0x2265, 0x2264, 0x2320, 0x2321, 0x00F7, 0x2248,
+    0x00B0, 0x2219, 0x00B7, 0x221A, 0x207F, 0x00B2, 0x25A0, 0x00A0};
+
+// Base letters of U+00C0..U+00FF and U+0100..U+017F, position by position.
+constexpr char kLatin1Base[] =
+    "AAAAAAAC" "EEEEIIII" "DNOOOOOx" "OUUUUYTs" "aaaaaaac" "eeeeiiii" "dnooooo/" "ouuuuyty";
+constexpr char kLatinExtABase[] =
+    "AaAaAa" "CcCcCcCc" "DdDd" "EeEeEeEeEe" "GgGgGgGg" "HhHh" "IiIiIiIiIi" "Ii" "Jj" "Kkk"
+    "LlLlLlLlLl" "NnNnNnnNn" "OoOoOoOo" "RrRrRr" "SsSsSsSs" "TtTtTt" "UuUuUuUuUuUu" "Ww" "YyY"
+    "ZzZzZz" "s";
+static_assert(sizeof(kLatin1Base) == 64 + 1 && sizeof(kLatinExtABase) == 128 + 1);
+
+struct Fit {
+  char16_t from;
+  char to;
+};
+// Signs, punctuation and spaces, sorted by `from`.
+constexpr Fit kSigns[] = {
+    {0x00A0, ' '},  {0x00A6, '|'},  {0x00A9, 'c'},  {0x00AD, '-'},  {0x00AE, 'r'},  {0x00AF, '-'},
+    {0x00B2, '2'},  {0x00B3, '3'},  {0x00B4, '\''}, {0x00B7, '.'},  {0x00B8, ','},  {0x00B9, '1'},
+    {0x02C6, '^'},  {0x02C8, '\''}, {0x02CB, '`'},  {0x02DC, '~'},  {0x2000, ' '},  {0x2001, ' '},
+    {0x2002, ' '},  {0x2003, ' '},  {0x2004, ' '},  {0x2005, ' '},  {0x2006, ' '},  {0x2007, ' '},
+    {0x2008, ' '},  {0x2009, ' '},  {0x200A, ' '},  {0x2010, '-'},  {0x2011, '-'},  {0x2012, '-'},
+    {0x2013, '-'},  {0x2014, '-'},  {0x2015, '-'},  {0x2018, '\''}, {0x2019, '\''}, {0x201A, ','},
+    {0x201B, '\''}, {0x201C, '"'},  {0x201D, '"'},  {0x201E, '"'},  {0x201F, '"'},  {0x2022, '.'},
+    {0x2024, '.'},  {0x2026, '.'},  {0x2032, '\''}, {0x2033, '"'},  {0x2039, '<'},  {0x203A, '>'},
+    {0x2044, '/'},  {0x2122, 'T'},  {0x2212, '-'},  {0x2215, '/'},  {0x2216, '\\'}, {0x2217, '*'},
+    {0x2223, '|'},  {0x223C, '~'},  {0x3000, ' '},
+};
+
+}  // namespace
+
+const char16_t* Table1252() {
+  static const auto table = [] {
+    static char16_t t[256];
+    for (int b = 0; b < 256; ++b) t[b] = static_cast<char16_t>(b);
+    for (int b = 0; b < 32; ++b) t[0x80 + b] = k1252High[b];
+    return t;
+  }();
+  return table;
+}
+
+const char16_t* Table437() {
+  static const auto table = [] {
+    static char16_t t[256];
+    for (int b = 0; b < 128; ++b) t[b] = static_cast<char16_t>(b);
+    for (int b = 0; b < 128; ++b) t[0x80 + b] = k437High[b];
+    return t;
+  }();
+  return table;
+}
+
+char BestFit(char16_t c) {
+  if (c >= 0x00C0 && c <= 0x00FF) return kLatin1Base[c - 0x00C0];
+  if (c >= 0x0100 && c <= 0x017F) return kLatinExtABase[c - 0x0100];
+  if (c >= 0xFF01 && c <= 0xFF5E) return static_cast<char>(c - 0xFEE0);  // full-width ASCII
+  std::size_t lo = 0, hi = sizeof(kSigns) / sizeof(kSigns[0]);
+  while (lo < hi) {
+    const std::size_t mid = (lo + hi) / 2;
+    if (kSigns[mid].from < c) lo = mid + 1;
+    else hi = mid;
+  }
+  if (lo < sizeof(kSigns) / sizeof(kSigns[0]) && kSigns[lo].from == c) return kSigns[lo].to;
+  return 0;
+}
+
+}  // namespace kw::detail
