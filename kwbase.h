@@ -13,3 +13,5 @@
 #include "platform/ScriptedPlatform.h"
 
 #include "app/StringTable.h"
+#include "app/QueryBox.h"
+#include "app/KwQueryDlg.h"

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -61,6 +62,82 @@ class SilentProgress : public KwProgress {
   int percent_ = 0;
 };
 
+
+// The console box. A label is shown without its blanks and with its mnemonic in brackets:
+// "&Overwrite" as "[O]verwrite"; "&&" is a literal "&".
+std::u16string ShowLabel(const std::u16string& label, char16_t* mnemonic) {
+  std::u16string out;
+  *mnemonic = 0;
+  for (size_t i = 0; i < label.size(); ++i) {
+    if (label[i] != u'&') {
+      out += label[i];
+    } else if (i + 1 < label.size() && label[i + 1] == u'&') {
+      out += u'&';
+      ++i;
+    } else if (i + 1 < label.size() && *mnemonic == 0) {
+      *mnemonic = label[++i];
+      out += u'[';
+      out += label[i];
+      out += u']';
+    }
+  }
+  const size_t first = out.find_first_not_of(u' ');
+  if (first == std::u16string::npos) return {};
+  return out.substr(first, out.find_last_not_of(u' ') - first + 1);
+}
+
+// The label as a user would type it: no mnemonic marker, no blanks around it.
+std::u16string PlainLabel(const std::u16string& label) {
+  std::u16string out;
+  for (size_t i = 0; i < label.size(); ++i) {
+    if (label[i] == u'&' && i + 1 < label.size()) ++i;
+    out += label[i];
+  }
+  return out;
+}
+
+std::u16string Trim(const std::u16string& text) {
+  const size_t first = text.find_first_not_of(u" \t\r");
+  if (first == std::u16string::npos) return {};
+  return text.substr(first, text.find_last_not_of(u" \t\r") - first + 1);
+}
+
+// Case folding for answers: ASCII and the Latin-1 letters.
+char16_t FoldCase(char16_t c) {
+  if ((c >= u'A' && c <= u'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7)) return static_cast<char16_t>(c + 32);
+  return c;
+}
+
+std::u16string FoldText(std::u16string text) {
+  for (auto& c : text) c = FoldCase(c);
+  return Trim(text);
+}
+
+// Lines of the message at `width` characters: "\n" breaks, otherwise at the last blank that fits;
+// a word longer than a line is cut.
+std::vector<std::u16string> WrapMessage(const std::u16string& message, int width) {
+  std::vector<std::u16string> lines;
+  const size_t w = width > 0 ? static_cast<size_t>(width) : 80;
+  size_t start = 0;
+  for (;;) {
+    const size_t nl = message.find(u'\n', start);
+    std::u16string para = message.substr(start, nl == std::u16string::npos ? std::u16string::npos : nl - start);
+    if (!para.empty() && para.back() == u'\r') para.pop_back();
+    const bool wraps = para.size() > w;
+    while (para.size() > w) {
+      size_t cut = para.rfind(u' ', w);
+      size_t next = cut + 1;
+      if (cut == std::u16string::npos || cut == 0) cut = next = w;
+      lines.push_back(para.substr(0, cut));
+      para.erase(0, next);
+    }
+    if (!para.empty() || !wraps) lines.push_back(para);
+    if (nl == std::u16string::npos) break;
+    start = nl + 1;
+  }
+  return lines;
+}
+
 }  // namespace
 
 ConsolePlatform::ConsolePlatform()
@@ -74,20 +151,60 @@ WindowId ConsolePlatform::GetActiveWindow() { return interactive_ ? 1 : 0; }
 
 int ConsolePlatform::RunQueryBox(const QueryBoxLayout& box) {
   if (!interactive_) return 2;
-  std::string text = "\n== " + ToUtf8(box.caption) + " ==\n" + ToUtf8(box.message) + "\n";
-  for (size_t i = 0; i < box.labels.size(); ++i)
-    text += "  [" + std::to_string(i + 1) + "] " + ToUtf8(box.labels[i]) +
-            (static_cast<int>(i) == box.defaultButton ? " (default)" : "") + "\n";
-  std::fputs(text.c_str(), out_);
-  std::fputs("> ", out_);
-  std::fflush(out_);
-  char line[256];
-  if (!std::fgets(line, sizeof line, in_)) return 2;
   const int count = static_cast<int>(box.labels.size());
-  int chosen = box.defaultButton;
-  if (line[0] >= '1' && line[0] <= '9') chosen = line[0] - '1';
-  if (chosen < 0 || chosen >= count) return 2;
-  return chosen == 0 ? 1 : -(chosen + 1);
+  if (count == 0) return 2;
+  const bool hasDefault = box.defaultButton >= 0 && box.defaultButton < count;
+
+  std::vector<char16_t> mnemonics;
+  std::vector<std::u16string> shown;
+  for (const auto& label : box.labels) {
+    char16_t mnemonic = 0;
+    shown.push_back(ShowLabel(label, &mnemonic));
+    mnemonics.push_back(FoldCase(mnemonic));
+  }
+
+  std::string text = "\n== " + ToUtf8(box.caption) + " ==\n";
+  for (const auto& line : WrapMessage(box.message, box.wrapChars)) text += ToUtf8(line) + "\n";
+  text += " ";
+  for (int i = 0; i < count; ++i) {
+    const std::string button = std::to_string(i + 1) + " " + ToUtf8(shown[static_cast<size_t>(i)]);
+    text += i == box.defaultButton ? " <" + button + ">" : "  " + button + " ";
+  }
+  text += "\n";
+  std::string prompt = "Answer 1-" + std::to_string(count) + " or a letter in [ ]";
+  if (hasDefault) prompt += ", Enter = " + std::to_string(box.defaultButton + 1);
+  prompt += ", Escape = cancel: ";
+  std::fputs(text.c_str(), out_);
+
+  for (;;) {
+    std::fputs(prompt.c_str(), out_);
+    std::fflush(out_);
+    std::string line;
+    int ch;
+    while ((ch = std::fgetc(in_)) != EOF && ch != '\n') line += static_cast<char>(ch);
+    if (ch == EOF && line.empty()) return 2;  // end of input: cancelled
+    if (line.find('\x1b') != std::string::npos) return 2;
+    const std::u16string answer = Trim(FromUtf8(line));
+    int chosen = -1;
+    if (answer.empty()) {
+      chosen = hasDefault ? box.defaultButton : -1;
+    } else if (std::all_of(answer.begin(), answer.end(), [](char16_t c) { return c >= u'0' && c <= u'9'; })) {
+      if (answer.size() <= 2) {
+        const int n = std::stoi(ToUtf8(answer));
+        if (n >= 1 && n <= count) chosen = n - 1;
+      }
+    } else {
+      // A mnemonic letter, or a label written out; case-blind. The first button that matches wins.
+      for (int i = 0; i < count && chosen < 0; ++i) {
+        const size_t k = static_cast<size_t>(i);
+        if ((answer.size() == 1 && mnemonics[k] != 0 && FoldCase(answer[0]) == mnemonics[k]) ||
+            FoldText(answer) == FoldText(PlainLabel(box.labels[k])))
+          chosen = i;
+      }
+    }
+    if (chosen >= 0) return chosen == 0 ? 1 : -(chosen + 1);
+    if (ch == EOF) return 2;
+  }
 }
 
 void ConsolePlatform::Beep(BeepClass) {

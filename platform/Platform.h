@@ -31,12 +31,12 @@ struct QueryBoxLayout {
   std::u16string text;        // the whole formatted text, labels included
   std::u16string message;     // the message part shown in the box
   std::vector<std::u16string> labels;  // button labels with their "&" mnemonics, one per button
-  int defaultButton = 0;      // 0-based
+  int defaultButton = 0;      // 0-based; -1 = no default button
   uint32_t pictureId = 0;     // 0 = none
   uint32_t helpId = 0;
   WindowId owner = 0;
   int wrapChars = 0;          // characters per text line that the layout allows
-  BoxRect window;             // pixels
+  BoxRect window;             // pixels, at (0, 0); the platform centres it over the owner
   BoxRect textRect;
   std::vector<BoxRect> buttonRects;
 };
