@@ -3,7 +3,11 @@
 
 #include "base/Assert.h"
 #include "base/CodePages.h"
+#include "base/FileOps.h"
 #include "base/Format.h"
+#include "base/KwFile.h"
+#include "base/KwFolders.h"
+#include "base/KwTime.h"
 #include "base/Numbers.h"
 #include "base/Types.h"
 
