@@ -9,6 +9,7 @@
 #include "base/KwFolders.h"
 #include "base/KwTime.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/Types.h"
 
 #include "platform/KwProgress.h"

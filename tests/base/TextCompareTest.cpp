@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "base/Text.h"
+#include "support/TestSupport.h"
+
+using kw::StrCompare;
+
+namespace {
+
+int Cmp(const std::u16string& a, const std::u16string& b, int cs = 0, int numeric = 0, int skip = 0) {
+  return StrCompare(a, b, cs, numeric, skip);
+}
+
+}  // namespace
+
+TEST(TextCase, LatinOneRangesAsTheyStand) {
+  EXPECT_EQ(kw::ToUpper(u'a'), u'A');
+  EXPECT_EQ(kw::ToUpper(u'z'), u'Z');
+  EXPECT_EQ(kw::ToUpper(u'{'), u'{');
+  EXPECT_EQ(kw::ToUpper(u'\u00e4'), u'\u00c4');
+  EXPECT_EQ(kw::ToUpper(u'\u00e0'), u'\u00c0');
+  EXPECT_EQ(kw::ToUpper(u'\u00fe'), u'\u00de');
+  EXPECT_EQ(kw::ToUpper(u'\u00f7'), u'\u00d7');  // division sign becomes multiplication sign
+  EXPECT_EQ(kw::ToUpper(u'\u00ff'), u'\u00ff');
+  EXPECT_EQ(kw::ToUpper(u'\u00df'), u'\u00df');
+  EXPECT_EQ(kw::ToUpper(u'\u0101'), u'\u0101');  // nothing above U+00FF
+  EXPECT_EQ(kw::ToLower(u'\u00d7'), u'\u00f7');
+  EXPECT_EQ(kw::ToLower(u'\u00de'), u'\u00fe');
+  EXPECT_EQ(kw::ToLower(u'\u00df'), u'\u00df');
+  EXPECT_EQ(kw::ToLower(u'@'), u'@');
+  EXPECT_EQ(kw::ToLower(u'Z'), u'z');
+  EXPECT_EQ(kw::ToCompare(u'x', 1), u'x');
+  EXPECT_EQ(kw::ToCompare(u'x', 0), u'X');
+}
+
+TEST(TextCase, StringAndBufferRanges) {
+  std::u16string s = u"abc\u00e4de";
+  kw::ToUpper(s, 1, 4, nullptr);
+  EXPECT_EQ(s, u"aBC\u00c4de");
+  kw::ToUpper(s, 0, 0, nullptr);
+  EXPECT_EQ(s, u"ABC\u00c4DE");
+  kw::ToLower(s, 2, 100, nullptr);
+  EXPECT_EQ(s, u"ABc\u00e4de");
+
+  char16_t buf[] = u"hello world";
+  kw::ToUpper(buf, 6, 0, nullptr);
+  EXPECT_EQ(std::u16string(buf), u"hello WORLD");
+  kw::ToLower(buf, 0, 7, nullptr);
+  EXPECT_EQ(std::u16string(buf), u"hello wORLD");
+}
+
+TEST(TextCompare, PrimaryOrderIsCaseBlindAndCaseOnlyBreaksTies) {
+  EXPECT_EQ(Cmp(u"a", u"B", 1), -1);
+  EXPECT_EQ(Cmp(u"B", u"a", 1), 1);
+  EXPECT_EQ(Cmp(u"a", u"A", 1), 1);
+  EXPECT_EQ(Cmp(u"A", u"a", 1), -1);
+  EXPECT_EQ(Cmp(u"a", u"A", 0), 0);
+  EXPECT_EQ(Cmp(u"Abc", u"abd", 1), -1);  // primary difference wins over the earlier case difference
+  EXPECT_EQ(Cmp(u"abC", u"Abc", 1), 1);   // first raw difference decides the tie: 'a' > 'A'
+  EXPECT_EQ(Cmp(u"abc", u"abcd"), -1);
+  EXPECT_EQ(Cmp(u"abcd", u"abc"), 1);
+  EXPECT_EQ(Cmp(u"", u""), 0);
+  EXPECT_EQ(Cmp(u"", u"a"), -1);
+  EXPECT_EQ(Cmp(u"a", u""), 1);
+  EXPECT_EQ(Cmp(u"\u0100", u"Z"), 1);  // above Latin-1 by code
+}
+
+TEST(TextCompare, UmlautsExpandAndRankAfterTheirExpansion) {
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Mueller"), 1);
+  EXPECT_EQ(Cmp(u"Mueller", u"M\u00fcller"), -1);
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Mueller", 1), 1);
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Muellerx"), -1);  // primary: the expansion makes them equal so far
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Mufller"), -1);   // "ue" < "uf"
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Mudller"), 1);
+  EXPECT_EQ(Cmp(u"M\u00fcller", u"Muller"), -1);    // "ue" vs "ul": 'E' < 'L'
+  EXPECT_EQ(Cmp(u"\u00c4rger", u"Aerger"), 1);
+  EXPECT_EQ(Cmp(u"\u00c4rger", u"\u00e4rger", 0), 0);
+  EXPECT_EQ(Cmp(u"\u00c4rger", u"\u00e4rger", 1), -1);
+  EXPECT_EQ(Cmp(u"\u00f6l", u"Oel", 0), 1);
+  EXPECT_EQ(Cmp(u"\u00d6l", u"oel", 1), 1);  // tie from 'Ö' (U+00D6) against 'o' (U+006F)
+  // The pending half of an expansion is compared against the other text's next character.
+  EXPECT_EQ(Cmp(u"\u00fc", u"u!"), 1);  // 'E' > '!'
+  EXPECT_EQ(Cmp(u"\u00fc", u"u"), 1);   // nothing left on either side: the tie-break decides
+}
+
+TEST(TextCompare, SharpSIsSz) {
+  EXPECT_EQ(Cmp(u"Masse", u"Ma\u00dfe"), -1);
+  EXPECT_EQ(Cmp(u"Ma\u00dfe", u"Masse"), 1);
+  EXPECT_EQ(Cmp(u"Ma\u00dfe", u"Masze"), 1);  // primary equal, raw 'ß' above 'S'
+  EXPECT_EQ(Cmp(u"Masze", u"Ma\u00dfe"), -1);
+  EXPECT_EQ(Cmp(u"Ma\u00dfe", u"Mat"), -1);    // 's' < 't'
+  EXPECT_EQ(Cmp(u"Ma\u00dfe", u"Masy"), 1);    // pending 'z' > 'y'
+}
+
+TEST(TextCompare, UnderscoreIsABlank) {
+  EXPECT_EQ(Cmp(u"a_b", u"a b"), 1);  // primary equal; raw '_' (0x5F) above ' '
+  EXPECT_EQ(Cmp(u"a b", u"a_b"), -1);
+  EXPECT_EQ(Cmp(u"a_b", u"a!b"), -1);  // blank sorts before '!'
+  EXPECT_EQ(Cmp(u"a_z", u"a!b"), -1);
+  EXPECT_EQ(Cmp(u"a_b", u"aab"), -1);
+}
+
+TEST(TextCompare, SkipLeadingBlanks) {
+  EXPECT_EQ(Cmp(u"   b", u"a", 0, 0, 1), 1);
+  EXPECT_EQ(Cmp(u"   b", u"a", 0, 0, 0), -1);
+  EXPECT_EQ(Cmp(u"  abc", u"abc", 0, 0, 1), 0);
+  EXPECT_EQ(Cmp(u"\tabc", u"abc", 0, 0, 1), -1);  // only U+0020 is skipped
+}
+
+TEST(TextCompare, CountedBuffersStopAtTheirLength) {
+  const char16_t* a = u"abcX";
+  const char16_t* b = u"abcY";
+  EXPECT_EQ(StrCompare(a, 3, b, 3, 0, 0, 0), 0);
+  EXPECT_EQ(StrCompare(a, 4, b, 4, 0, 0, 0), -1);
+  EXPECT_EQ(StrCompare(a, 0, b, -5, 0, 0, 0), 0);
+  EXPECT_EQ(StrCompare(a, 1, b, 0, 0, 0, 0), 1);
+}
+
+// A sort with the collation must give a total order consistent with itself.
+TEST(TextCompare, IsAntisymmetricAndTransitiveOnAMixedSet) {
+  const std::vector<std::u16string> words = {
+      u"Mueller", u"M\u00fcller", u"m\u00fcller", u"Muller", u"Masse",  u"Ma\u00dfe", u"Masze",
+      u"a b",     u"a_b",         u"A_b",         u"ab",     u"\u00c4", u"Ae",        u"ae",
+      u"AE",      u"\u00e4",      u"",            u"_",      u" ",      u"z",         u"Z"};
+  for (int cs = 0; cs <= 1; ++cs) {
+    for (const auto& x : words)
+      for (const auto& y : words) {
+        EXPECT_EQ(Cmp(x, y, cs), -Cmp(y, x, cs)) << "cs=" << cs;
+        for (const auto& z : words)
+          if (Cmp(x, y, cs) <= 0 && Cmp(y, z, cs) <= 0) {
+            EXPECT_LE(Cmp(x, z, cs), 0);
+          }
+      }
+  }
+}
