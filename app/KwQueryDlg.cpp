@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/Assert.h"
+#include "base/Text.h"
 
 namespace kw {
 namespace {
@@ -11,28 +12,13 @@ namespace {
 // The label of a button that has none of its own.
 constexpr char16_t kOkLabel[] = u" OK ";
 
-// The n-th part of the text split at "|" (0 = the message), empty when there is none.
-// Stands in for StrPart(text, n, '|') of the text functions until they are in the library.
-std::u16string Part(const std::u16string& text, int64_t n) {
-  size_t start = 0;
-  for (int64_t i = 0; i < n; ++i) {
-    const size_t bar = text.find(u'|', start);
-    if (bar == std::u16string::npos) return {};
-    start = bar + 1;
-  }
-  const size_t end = text.find(u'|', start);
-  return text.substr(start, end == std::u16string::npos ? std::u16string::npos : end - start);
-}
-
-// Longest run of characters between blanks. Stands in for the word iteration of LimitText
-// (delimiter " ", word mode) until the text functions are in the library.
+// Longest run of characters between blanks.
 int LongestWord(const std::u16string& message) {
-  size_t longest = 0, run = 0;
-  for (char16_t ch : message) {
-    run = ch == u' ' ? 0 : run + 1;
-    longest = std::max(longest, run);
-  }
-  return static_cast<int>(std::min<size_t>(longest, 1 << 20));
+  int64_t longest = 0;
+  int64_t range[2] = {0, 0};
+  for (int64_t field = 0; LimitText(message.c_str(), u" ", field, range, 0, 0) != 0; ++field)
+    longest = std::max(longest, range[1] - range[0]);
+  return static_cast<int>(std::min<int64_t>(longest, 1 << 20));
 }
 
 }  // namespace
@@ -96,7 +82,7 @@ void KwQueryDlg::OnInitDialog() {
   u = QueryDlgUnits{};
 
   u.margin = m_PictureId != 0 ? 34 : 0;
-  const std::u16string message = Part(m_Text, 0);
+  const std::u16string message = StrPart(m_Text, 0, u'|');
   CountButtons();
   u.buttonWidth = std::max(u.widestLabel * 4 + 8, 50);
   u.longestWord = LongestWord(message);
@@ -174,7 +160,7 @@ void KwQueryDlg::OnInitDialog() {
     const int left = centre - bw / 2, top = u.textHeight + (row - 1) * 19 + 5;
     u.buttons.push_back({left, top, left + bw, top + 14});
     m_Layout.buttonRects.push_back(SetRect(left, top, bw, 14));
-    std::u16string part = Part(m_Text, i + 1);
+    std::u16string part = StrPart(m_Text, i + 1, u'|');
     if (!part.empty()) label = std::move(part);
     m_Layout.labels.push_back(label);
   }
