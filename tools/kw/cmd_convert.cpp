@@ -1,4 +1,5 @@
-// kw convert FILE --to ENC: re-encodes a text file through KwFile, keeping its line ends.
+// kw convert FILE --to ENC: re-encodes a text file through KwFile, keeping its line ends. An existing
+// output file is overwritten or appended to only when the user says so on the terminal, or with --force.
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "app/QueryBox.h"
 #include "app/StringTable.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
@@ -63,9 +65,11 @@ bool WriteToStdout(const std::u16string& text, int encoding, bool mark, bool& us
   return std::fflush(stdout) == 0;
 }
 
-bool WriteFile(const std::u16string& name, const std::u16string& text, int encoding, bool mark, bool& usedDefault) {
+// `mode` is KwFile::kWrite or KwFile::kAppend (no byte-order mark in the middle of a file).
+bool WriteFile(const std::u16string& name, const std::u16string& text, int encoding, bool mark, bool& usedDefault,
+               int mode = kw::KwFile::kWrite) {
   kw::KwFile out;
-  if (!out.Open(name, kw::KwFile::kWrite, 13, 26, encoding) || !out.SetEncoding(encoding, mark)) return false;
+  if (!out.Open(name, mode, 13, 26, encoding) || !out.SetEncoding(encoding, mark)) return false;
   if (!out.Write(text.data(), static_cast<int64_t>(text.size())) || !out.SetEOF()) {
     out.Close();
     return false;
@@ -99,13 +103,21 @@ int RunConvert(const std::vector<std::string>& args) {
 
   // Refuse to overwrite anything before reading, so that nothing is half done.
   std::u16string outName;
+  bool append = false;  // the user chose to append to an existing output file
   if (hasOutput) {
     outName = kw::FromUtf8(output);
     std::error_code ec;
     if (std::filesystem::equivalent(files[0], output, ec))
       return Fail("convert: " + output + " is the input file; use --in-place to convert it in place");
-    if (kw::IsExisting(outName) && !force)
-      return Fail("convert: the output file " + output + " already exists (use --force to overwrite it)");
+    if (kw::IsExisting(outName) && !force) {
+      // Asked on a terminal, Cancel the default; without a terminal the box returns 2 and the file is kept.
+      const int64_t answer = kw::QueryBox(u"kw", 0, 1090, 21, 1104, outName);
+      if (answer == -2) {
+        append = true;
+      } else if (answer != 1) {
+        return Fail("convert: the output file " + output + " already exists (use --force to overwrite it)");
+      }
+    }
   }
   std::u16string backup;
   if (inPlace) {
@@ -127,7 +139,7 @@ int RunConvert(const std::vector<std::string>& args) {
   if (!hasOutput && !inPlace) {
     if (!WriteToStdout(text, target, mark, usedDefault)) return Fail("convert: cannot write to standard output");
   } else if (hasOutput) {
-    if (!WriteFile(outName, text, target, mark, usedDefault))
+    if (!WriteFile(outName, text, target, mark, usedDefault, append ? kw::KwFile::kAppend : kw::KwFile::kWrite))
       return Fail("convert: cannot write " + output + ": " + LastErrorText());
   } else {
     // The new text goes to a temporary file beside the input, which replaces it only when complete; the
