@@ -167,8 +167,9 @@ void StrWrap(std::u16string& s, const char16_t* breakAfter, int width, int inden
 // Turns a typed value into its internal form: with `unquote`, a text of 3 or more characters in
 // double quotes loses them; with `encoding` >= 0 each "<#n>" becomes GetUnicodeCodePoint(n,
 // encoding) when n <= 65536 (encodings 1..3) or n <= 255 (others); unless `keepCase`, the result is
-// upper-cased (ToUpper with `encoding`). `*ok` (may be null) is 1, or 0 when a "<#" sequence was
-// not closed by ">" (kept as typed) or its number was out of range (the "<" kept).
+// upper-cased (ToUpper with `encoding`). `*ok` (may be null) is 1, or 0 when a "<#" was not
+// followed by digits and ">" (kept as typed) or its number was out of range or has no character in
+// the encoding (the "<" kept, the rest read as plain text).
 std::u16string StrConvert(const std::u16string& s, int* ok, int encoding, int unquote, int keepCase);
 // Cuts `s` after `maxVisible` visible characters, a "<#...>" sequence counting as one. With
 // `quoted` and `s` enclosed in double quotes, the quotes are not counted and the closing quote is

@@ -2,6 +2,8 @@
 #include <array>
 
 #include "base/Assert.h"
+#include "base/CodePages.h"
+#include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/Types.h"
 
@@ -44,9 +46,24 @@ inline char16_t Upper(char16_t c) { return c < 256 ? kTables.upper[c] : c; }
 inline char16_t Lower(char16_t c) { return c < 256 ? kTables.lower[c] : c; }
 inline int Sign(char16_t x, char16_t y) { return x < y ? -1 : (x > y ? 1 : 0); }
 
-// Whether a mapped letter can be written in the OEM code page; the mapping is refused otherwise.
-// TODO(code pages): check with GetCodePageCodePoint(mapped, 4, 1024, null, &used) once it exists.
-bool FitsEncoding(char16_t /*mapped*/, const int* /*encoding*/) { return true; }
+// Whether a mapped letter can be written in the OEM code page (no best-fit substitutes); the
+// mapping is refused otherwise, so that a file in that code page keeps every letter it can store.
+bool FitsOemPage(char16_t mapped) {
+  int used = 0;
+  const int code = GetCodePageCodePoint(mapped, kEncodingOem, kNoBestFitChars, nullptr, &used);
+  return code >= 0 && used == 0;
+}
+
+// The numeric reading of one text: its value and whether it counts as a number (GetDouble level 0
+// or 1, so an empty or all-blank text is the number 0).
+bool ReadNumber(const char16_t* s, int64_t len, double* value) {
+  int level = kNumberEmpty;
+  *value = len > 0 ? GetDouble(s, 0, len, 1, &level) : 0.0;
+  return level == kNumberOk || level == kNumberEmpty;
+}
+
+// Texts closer than this are equal numbers, and the text order decides between them.
+constexpr double kNumericTolerance = 1e-7;
 
 template <typename Map>
 void MapBuffer(char16_t* s, int64_t from, int64_t to, int* encoding, Map map) {
@@ -69,14 +86,14 @@ void MapString(std::u16string& s, int from, int to, int* encoding, Map map) {
 
 char16_t ToUpper(char16_t ch, int* encoding) {
   const char16_t mapped = Upper(ch);
-  if (mapped != ch && encoding != nullptr && *encoding == kEncodingOem && !FitsEncoding(mapped, encoding))
+  if (mapped != ch && encoding != nullptr && *encoding == kEncodingOem && !FitsOemPage(mapped))
     return ch;
   return mapped;
 }
 
 char16_t ToLower(char16_t ch, int* encoding) {
   const char16_t mapped = Lower(ch);
-  if (mapped != ch && encoding != nullptr && *encoding == kEncodingOem && !FitsEncoding(mapped, encoding))
+  if (mapped != ch && encoding != nullptr && *encoding == kEncodingOem && !FitsOemPage(mapped))
     return ch;
   return mapped;
 }
@@ -101,7 +118,16 @@ int StrCompare(const char16_t* a, int64_t lenA, const char16_t* b, int64_t lenB,
   if (lenA < 1 && lenB < 1) return 0;
   if (lenA < 0) lenA = 0;
   if (lenB < 0) lenB = 0;
-  (void)numeric;  // numeric mode: added with the number readers
+  if (numeric) {
+    double va = 0, vb = 0;
+    const bool na = ReadNumber(a, lenA, &va), nb = ReadNumber(b, lenB, &vb);
+    if (na && nb) {
+      if (va < vb - kNumericTolerance) return -1;
+      if (va > vb + kNumericTolerance) return 1;
+    } else if (na != nb) {
+      return na ? -1 : 1;  // numbers sort before other texts
+    }
+  }
 
   int64_t ia = 0, ib = 0;
   if (skipLeadingBlanks) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/Text.h"
+#include "base/Types.h"
 #include "support/TestSupport.h"
 
 using kw::StrCompare;
@@ -136,4 +137,41 @@ TEST(TextCompare, IsAntisymmetricAndTransitiveOnAMixedSet) {
           }
       }
   }
+}
+
+TEST(TextCompare, NumericModeSortsNumbersFirstAndByValue) {
+  EXPECT_EQ(Cmp(u"10", u"9", 0, 1), 1);
+  EXPECT_EQ(Cmp(u"10", u"9", 0, 0), -1);  // as text '1' < '9'
+  EXPECT_EQ(Cmp(u"-3", u"2", 0, 1), -1);
+  EXPECT_EQ(Cmp(u"1,5", u"1.4", 0, 1), 1);  // the comma is a decimal point
+  EXPECT_EQ(Cmp(u"12-", u"-11", 0, 1), -1);  // "12-" reads as -12
+  EXPECT_EQ(Cmp(u"abc", u"99999", 0, 1), 1);
+  EXPECT_EQ(Cmp(u"99999", u"abc", 0, 1), -1);
+  EXPECT_EQ(Cmp(u"1 2", u"5", 0, 1), 1);      // a blank inside: not a number
+  EXPECT_EQ(Cmp(u"", u"-1", 0, 1), 1);        // empty reads as the number 0
+  EXPECT_EQ(Cmp(u"   ", u"0.5", 0, 1), -1);
+  EXPECT_EQ(Cmp(u"x", u"", 0, 1), 1);
+  // Equal within 1e-7: the text order decides.
+  EXPECT_EQ(Cmp(u"1.00000001", u"1", 0, 1), 1);
+  EXPECT_EQ(Cmp(u"1", u"1.00000001", 0, 1), -1);
+  EXPECT_EQ(Cmp(u"1.0", u"1", 0, 1), 1);
+  EXPECT_EQ(Cmp(u"1.0000002", u"1", 0, 1), 1);
+  EXPECT_EQ(Cmp(u"0.9999998", u"1", 0, 1), -1);  // by value, though as text "0" < "1" anyway
+  EXPECT_EQ(Cmp(u"2.0", u"10", 0, 1), -1);       // as text "2" > "1"
+  EXPECT_EQ(Cmp(u"abc", u"abd", 0, 1), -1);       // neither is a number
+  // A counted buffer is read only within its length.
+  EXPECT_EQ(StrCompare(u"12x", 2, u"9", 1, 0, 1, 0), 1);
+}
+
+TEST(TextCase, OemCodePageRefusesCapitalsItCannotHold) {
+  int oem = kw::kEncodingOem, ansi = kw::kEncodingAnsi;
+  EXPECT_EQ(kw::ToUpper(u'\u00e4', &oem), u'\u00c4');  // both in code page 437
+  EXPECT_EQ(kw::ToUpper(u'\u00e0', &oem), u'\u00e0');  // no capital A grave in 437
+  EXPECT_EQ(kw::ToUpper(u'\u00e0', &ansi), u'\u00c0');
+  EXPECT_EQ(kw::ToUpper(u'q', &oem), u'Q');
+  EXPECT_EQ(kw::ToLower(u'\u00c3', &oem), u'\u00c3');  // no small a tilde in 437
+  EXPECT_EQ(kw::ToLower(u'\u00ca', &oem), u'\u00ea');
+  std::u16string s = u"\u00e0\u00e4b";
+  kw::ToUpper(s, 0, 0, &oem);
+  EXPECT_EQ(s, u"\u00e0\u00c4B");
 }
