@@ -25,7 +25,7 @@ TEST(TextFind, PlainSearchWithinTheCountedRange) {
   const char16_t* p = text.c_str();
   EXPECT_EQ(StrFind(p, 0, 7, u"Two", 3, 1, 0, nullptr), 4);
   EXPECT_EQ(StrFind(p, 0, 6, u"Two", 3, 1, 0, nullptr), -1);
-  EXPECT_EQ(StrFind(p, 5, 100, u"?wo", 3, 1, 0, nullptr), -1);  // "?" is literal without wildcards
+  EXPECT_EQ(StrFind(p, 5, 12, u"?wo", 3, 1, 0, nullptr), -1);  // "?" is literal without wildcards
   EXPECT_EQ(StrFind(u"a\u00e4b", 0, 3, u"\u00c4", 1, 0, 0, nullptr), 1);
 }
 
