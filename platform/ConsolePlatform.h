@@ -1,6 +1,8 @@
 // The default platform: a terminal program. With an interactive terminal a message box is printed
 // and answered on the terminal; without one the application has no main window, so the query box
-// shows nothing and returns 2.
+// shows nothing and returns 2. A box is answered with a button's number, its mnemonic letter (the one
+// after "&", case-blind), its label written out, or Enter for the default button; Escape or the end
+// of input cancels it (2), anything else asks again.
 #pragma once
 
 #include <cstdio>
