@@ -20,3 +20,7 @@
 #include "app/StringTable.h"
 #include "app/QueryBox.h"
 #include "app/KwQueryDlg.h"
+
+#include "data/KwData.h"
+#include "data/KwCfgSection.h"
+#include "data/KwConfigData.h"
