@@ -38,6 +38,21 @@ int KwConfigData::GetIniProjIndex(const std::u16string& name) {
   return at == std::u16string::npos ? -1 : static_cast<int>(at);
 }
 
+int KwConfigData::ParseHeader(const std::u16string& line, std::u16string& name) {
+  if (line.size() < 3 || line[0] != u'[') return 0;
+  const size_t close = line.find(u']', 2);
+  if (close == std::u16string::npos) return 0;
+  name = line.substr(1, close - 1);
+  return 1;
+}
+
+int KwConfigData::ClassifyLine(const std::u16string& line) {
+  if (line.size() < 2) return KwCfgDropped::TooShort;
+  if (line[0] == u'[') return KwCfgDropped::BadHeader;  // not a header, and not an entry either
+  if (line[0] == u'!') return KwCfgDropped::Comment;
+  return 0;
+}
+
 void KwConfigData::Drop(int64_t line, int reason, const std::u16string& text) {
   if (m_pDropLog != nullptr) m_pDropLog->push_back({m_LoadingScope, line, reason, text});
 }
@@ -177,6 +192,7 @@ int KwConfigData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
   if (line == 0) m_HasPushBack = false;  // a new file
   m_LoadingScope = set.GetScope();
   KwCfgSection* section = nullptr;
+  int64_t headerLine = 0;
   std::u16string text;
   for (;;) {
     if (m_HasPushBack) {
@@ -187,26 +203,20 @@ int KwConfigData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
       break;
     }
     ++line;
-    if (!text.empty() && text[0] == u'[') {
-      const size_t close = text.size() > 2 ? text.find(u']', 2) : std::u16string::npos;
-      if (close == std::u16string::npos) {
-        Drop(line, text.size() < 2 ? KwCfgDropped::TooShort : KwCfgDropped::BadHeader, text);
-        continue;
-      }
+    std::u16string name;
+    if (ParseHeader(text, name)) {
       if (section != nullptr) {  // the next section: read this header again on the next call
         m_PushBack = std::move(text);
         m_HasPushBack = true;
         --line;
         break;
       }
-      const std::u16string name = text.substr(1, close - 1);
       section = new KwCfgSection(name, GetIniProjIndex(name));
+      headerLine = line;
       continue;
     }
-    if (text.size() < 2) {
-      Drop(line, KwCfgDropped::TooShort, text);
-    } else if (text[0] == u'!') {
-      Drop(line, KwCfgDropped::Comment, text);
+    if (const int reason = ClassifyLine(text)) {
+      Drop(line, reason, text);
     } else if (section == nullptr) {
       Drop(line, KwCfgDropped::BeforeSection, text);
     } else {
@@ -220,7 +230,7 @@ int KwConfigData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
   }
   if (section == nullptr) return 0;
   if (section->GetLineCount() == 0) {
-    Drop(line, KwCfgDropped::EmptySection, section->GetName());
+    Drop(headerLine, KwCfgDropped::EmptySection, section->GetName());
     delete section;
     return 0;
   }

@@ -52,6 +52,12 @@ class KwConfigData : public KwData {
   KwCfgSection* GetCfgSection(const std::u16string& name);
   KwCfgSection* GetCfgSection(const std::u16string& name, int scope);
 
+  // Whether `line` opens a section; then `name` is the section's name.
+  static int ParseHeader(const std::u16string& line, std::u16string& name);
+  // The kind of a line that is not a section header and not an entry: a KwCfgDropped reason for
+  // short lines, comments and "[" lines without a usable "]"; 0 for an entry line.
+  static int ClassifyLine(const std::u16string& line);
+
   // The position of " NAME," in the known-section list, -1 when absent.
   static int GetIniProjIndex(const std::u16string& name);
   static const std::u16string& GetIniProjList();
