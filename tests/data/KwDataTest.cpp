@@ -158,7 +158,7 @@ TEST_F(DataStore, ExternallyChangedFileAsksBeforeOverwriting) {
     platform_.answers = {row.answer};
     EXPECT_EQ(store.Save(), row.result) << row.answer;
     ASSERT_EQ(platform_.boxes.size(), 1u) << row.answer;
-    EXPECT_EQ(platform_.boxes[0].caption, u"Data");
+    EXPECT_EQ(platform_.boxes[0].caption, u"Question from Data");
     EXPECT_EQ(platform_.boxes[0].helpId, 3040u);
     EXPECT_EQ(platform_.boxes[0].pictureId, 1085u);
     EXPECT_NE(platform_.boxes[0].text.find(U(Temp("g.ini").string()) + u" was changed"), std::u16string::npos);
