@@ -24,3 +24,4 @@
 #include "data/KwData.h"
 #include "data/KwCfgSection.h"
 #include "data/KwConfigData.h"
+#include "data/KwMapData.h"
