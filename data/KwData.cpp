@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <system_error>
 
@@ -233,8 +234,9 @@ int KwData::IsScopeWritable(int scope) const {
 void KwData::SetFileNames(const std::u16string& fileName, int projectBound, int createFolders) {
   const KwFolders& folders = GetFolders();
   const std::u16string names[kFileScopeCount] = {
-      JoinPath(folders.program, fileName), JoinPath(folders.data, fileName),
-      JoinPath(folders.regional, fileName), JoinPath(projectBound ? folders.project : folders.user, fileName)};
+      JoinPath(folders.GetProgramFolder(), fileName), JoinPath(folders.GetDataFolder(), fileName),
+      JoinPath(folders.GetRegionalFolder(), fileName),
+      JoinPath(projectBound ? folders.GetProjectFolder() : folders.GetUserFolder(), fileName)};
   SetFileNames(names, projectBound, createFolders);
 }
 
@@ -297,6 +299,34 @@ void KwData::GetFileStamps(const std::u16string& name, double stamps[2]) {
   stamps[1] = ec ? 1.0 : static_cast<double>(size) + 1.0;
 }
 
+int KwData::GuessFileEncoding(const std::u16string& name) {
+  std::ifstream in(PathOf(name), std::ios::binary);
+  if (!in) return -1;
+  std::string bytes(1 << 20, '\0');
+  in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  bytes.resize(static_cast<size_t>(in.gcount()));
+  const bool whole = bytes.size() < (1u << 20);
+  auto at = [&](size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  if (bytes.size() >= 2 && ((at(0) == 0xFF && at(1) == 0xFE) || (at(0) == 0xFE && at(1) == 0xFF))) return -1;
+  if (bytes.size() >= 3 && at(0) == 0xEF && at(1) == 0xBB && at(2) == 0xBF) return -1;
+  bool wide = false;
+  for (size_t i = 0; i < bytes.size();) {
+    const unsigned char c = at(i);
+    if (c < 0x80) {
+      ++i;
+      continue;
+    }
+    const size_t n = c >= 0xC2 && c <= 0xDF ? 2 : c >= 0xE0 && c <= 0xEF ? 3 : c >= 0xF0 && c <= 0xF4 ? 4 : 0;
+    if (n == 0) return -1;
+    if (i + n > bytes.size()) return whole ? -1 : (wide ? 1 : -1);  // cut off by the sample's end
+    for (size_t k = 1; k < n; ++k)
+      if ((at(i + k) & 0xC0) != 0x80) return -1;
+    wide = true;
+    i += n;
+  }
+  return wide ? 1 : -1;
+}
+
 int64_t KwData::Report(uint32_t id, uint32_t pictureId, uint32_t style, const std::vector<std::u16string>& args) const {
   if (m_Silent) return 2;
   switch (args.size()) {
@@ -322,7 +352,7 @@ int KwData::LoadData(int progressKind) {
       break;
     }
     KwFile file;
-    if (!file.Open(m_FileNames[scope], 0, 13, 26)) continue;  // a missing file adds nothing
+    if (!file.Open(m_FileNames[scope], 0, 13, 26, GuessFileEncoding(m_FileNames[scope]))) continue;  // a missing file adds nothing
     GetFileStamps(m_FileNames[scope], m_Stamps[scope]);
     int64_t line = LoadComment(file, 0);
     int64_t sets = 0;

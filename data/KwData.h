@@ -149,6 +149,10 @@ class KwData {
   std::u16string GetFileName(int scope) const;  // empty for scope 4 and for scopes without a file
   void GetFileNames(std::u16string (&names)[kFileScopeCount]) const;
   int IsProjectBound() const { return m_ProjectBound; }
+  // The encoding to read a scope file with: the one its byte-order mark names; without a mark, UTF-8
+  // when its bytes are valid UTF-8 with at least one non-ASCII character (the store writes UTF-8, and
+  // editors that drop the mark must not make the next save double-encode the file), else -1 (ANSI).
+  static int GuessFileEncoding(const std::u16string& name);
   // The scope's name from string 3032 ("Standard" ... "Temporary").
   static std::u16string GetScopeName(int scope);
 

@@ -232,3 +232,42 @@ TEST_F(ConfigData, RenameKeepsTheSectionNameInStep) {
 }
 
 }  // namespace
+
+namespace {
+
+// The same settings in each of the five encodings (UTF-8 with and without its byte-order mark).
+TEST_F(ConfigData, EveryEncodingLoadsAndIsWrittenBackAsUtf8) {
+  const std::u16string text = u"[Maße]\r\nStraße=Größe\r\nX=1\r\n";
+  auto utf16 = [&](bool big) {
+    std::string out = big ? "\xFE\xFF" : "\xFF\xFE";
+    for (char16_t c : text) {
+      const char hi = static_cast<char>(c >> 8), lo = static_cast<char>(c & 0xFF);
+      out += big ? std::string{hi, lo} : std::string{lo, hi};
+    }
+    return out;
+  };
+  std::string ansi;
+  for (char16_t c : text) ansi += static_cast<char>(c);  // Latin-1 range: the same bytes in 1252
+  const std::string variants[] = {ansi, "\xEF\xBB\xBF" + kw::ToUtf8(text), kw::ToUtf8(text), utf16(false),
+                                  utf16(true)};
+  for (const std::string& bytes : variants) {
+    WriteBytes(Temp("g.ini"), bytes);
+    KwConfigData store;
+    Load(store);
+    const KwCfgSection* section = store.GetCfgSection(u"Maße");
+    ASSERT_NE(section, nullptr) << bytes;
+    EXPECT_EQ(section->GetLineText(0), u"Straße=Größe");
+    store.SetModified(1);
+    ASSERT_EQ(store.Save(), 1);
+    EXPECT_EQ(ReadBytes(Temp("g.ini")), "\xEF\xBB\xBF" + kw::ToUtf8(text));
+  }
+  // Code page 437 is never guessed: its umlauts come out as other characters, but nothing is lost.
+  WriteBytes(Temp("g.ini"), "[OEM]\r\nK=Gr\x94\xe1" "e\r\n[Next]\r\nA=1\r\n");
+  KwConfigData store;
+  Load(store);
+  EXPECT_EQ(store.GetCount(), 2);
+  ASSERT_NE(store.GetCfgSection(u"OEM"), nullptr);
+  EXPECT_EQ(store.GetCfgSection(u"OEM")->GetLineText(0).size(), 7u);
+}
+
+}  // namespace

@@ -112,11 +112,11 @@ TEST_F(DataStore, OriginTexts) {
 
 TEST_F(DataStore, FileNamesFromTheFoldersAndOneFileInTwoScopes) {
   kw::KwFolders saved = kw::GetFolders();
-  kw::GetFolders().program = u"/prog";
-  kw::GetFolders().data = u"/data/";
-  kw::GetFolders().regional = u"/data";  // same folder as the data folder
-  kw::GetFolders().project = u"/proj";
-  kw::GetFolders().user = u"/user";
+  kw::GetFolders().SetProgramFolder(u"/prog");
+  kw::GetFolders().SetDataFolder(u"/data/");
+  kw::GetFolders().SetRegionalFolder(u"/data");  // same folder as the data folder
+  kw::GetFolders().SetProjectFolder(u"/proj");
+  kw::GetFolders().SetUserFolder(u"/user");
   KwConfigData store;
   store.SetFileNames(u"X.INI", 1);
   EXPECT_EQ(store.GetFileName(0), u"/prog/X.INI");

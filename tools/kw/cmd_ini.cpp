@@ -97,7 +97,7 @@ int RunSet(const std::vector<std::string>& args) {
     if ((perms & std::filesystem::perms::owner_write) == std::filesystem::perms::none)
       return kwtool::Fail(file + " is read-only; nothing changed");
     kw::KwFile in;
-    if (!in.Open(In(file), 0, 13, 26)) return kwtool::Fail("cannot read " + file);
+    if (!in.Open(In(file), 0, 13, 26, kw::KwData::GuessFileEncoding(In(file)))) return kwtool::Fail("cannot read " + file);
     std::u16string line;
     while (in.ReadLine(line)) lines.push_back(line);
     in.Close();
