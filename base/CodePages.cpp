@@ -505,7 +505,9 @@ int GetFileEncoding(const std::u16string& fileName, unsigned char* lineEnd) {
   if (!file) return kEncodingAnsi;
   unsigned char head[1000];
   const size_t n = std::fread(head, 1, sizeof head, file);
+  const bool failed = std::ferror(file) != 0;  // a folder, for one, opens but cannot be read
   std::fclose(file);
+  if (failed) return kEncodingAnsi;
 
   int lf = 0, cr = 0, oemLetters = 0, ansiLetters = 0;
   for (size_t i = 0; i < n; ++i) {

@@ -360,4 +360,6 @@ TEST_F(FileEncoding, MissingFileLeavesLineEndAlone) {
   unsigned char lineEnd = 42;
   EXPECT_EQ(GetFileEncoding(Temp("missing.txt").u16string(), &lineEnd), 0);
   EXPECT_EQ(lineEnd, 42);
+  EXPECT_EQ(GetFileEncoding(dir_.u16string(), &lineEnd), 0) << "a folder is no file";
+  EXPECT_EQ(lineEnd, 42);
 }

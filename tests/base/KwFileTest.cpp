@@ -238,6 +238,10 @@ TEST_F(KwFileTest, FailuresReportTheSystemError) {
   EXPECT_FALSE(f.Write(u"x", 1));
   EXPECT_FALSE(f.Open(Name("x.txt"), 3));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(EINVAL));
+  EXPECT_FALSE(f.Open(Name("no-folder/x.txt"), KwFile::kWrite));
+  EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(ENOENT));
+  EXPECT_FALSE(f.Open(dir_.u16string(), KwFile::kRead)) << "a folder opens but cannot be read";
+  EXPECT_FALSE(f.IsOpen());
 }
 
 TEST_F(KwFileTest, ReadOnlyFileIsNotWritten) {

@@ -33,8 +33,12 @@ int RunDetect(const std::vector<std::string>& args) {
   int result = 0;
   for (const std::string& file : files) {
     const std::u16string name = kw::FromUtf8(file);
-    if (!kw::IsExisting(name) || kw::IsDirectory(name)) {
+    if (!kw::IsExisting(name)) {
       result = Fail(kw::ToUtf8(kw::Format(kw::LoadString(1102).c_str(), name)));
+      continue;
+    }
+    if (kw::IsDirectory(name)) {
+      result = Fail(file + " is a folder, not a file");
       continue;
     }
     unsigned char lineEnd = 13;
