@@ -25,3 +25,6 @@
 #include "data/KwCfgSection.h"
 #include "data/KwConfigData.h"
 #include "data/KwMapData.h"
+
+#include "terms/KwTerm.h"
+#include "terms/KwMathTerm.h"
