@@ -174,7 +174,7 @@ double KwMathTerm::Evaluate(const int64_t* values, int* invalid, int show, int f
     if (invalid) *invalid = 1;
     return 0.0;
   }
-  const double factor = AngleFactor(forceGon ? kAngleGon : GetAngleUnit());
+  const double factor = AngleFactor(forceGon ? kTermGon : GetAngleUnit());
   double stack[kTermStackSize];
   int top = 0;  // invariant: the compiled program keeps 0 < top <= m_StackNeed after each operand
   const char16_t* prog = m_Compiled.data();

@@ -63,7 +63,7 @@ KwTerm::~KwTerm() { SaveAngleUnit(); }
 void KwTerm::LoadAngleUnit() {
   // UNFINISHED: read section "Terms", key "ANGLEUNIT" through the application's persistence table
   // once it exists; until then every term starts in radians.
-  m_AngleUnit = kAngleRadians;
+  m_AngleUnit = kTermRadians;
 }
 
 void KwTerm::SaveAngleUnit() const {
@@ -71,14 +71,14 @@ void KwTerm::SaveAngleUnit() const {
 }
 
 void KwTerm::SetAngleUnit(int unit) {
-  KW_ASSERT(unit >= kAngleRadians && unit <= kAngleGon);
-  if (unit >= kAngleRadians && unit <= kAngleGon) m_AngleUnit = unit;
+  KW_ASSERT(unit >= kTermRadians && unit <= kTermGon);
+  if (unit >= kTermRadians && unit <= kTermGon) m_AngleUnit = unit;
 }
 
 double KwTerm::AngleFactor(int unit) {
   switch (unit) {
-    case kAngleDegrees: return 57.29577951308232;
-    case kAngleGon: return 63.66197723675813;
+    case kTermDegrees: return 57.29577951308232;
+    case kTermGon: return 63.66197723675813;
     default: return 1.0;
   }
 }

@@ -14,9 +14,9 @@
 namespace kw {
 
 // Angle units of the trigonometric functions.
-inline constexpr int kAngleRadians = 0;
-inline constexpr int kAngleDegrees = 1;
-inline constexpr int kAngleGon = 2;
+inline constexpr int kTermRadians = 0;
+inline constexpr int kTermDegrees = 1;
+inline constexpr int kTermGon = 2;
 
 // Limits of a compiled term: operands are single letters, so there are 26 of each kind.
 inline constexpr int kTermMaxConstants = 26;
@@ -93,7 +93,7 @@ class KwTerm {
   void LoadAngleUnit();
   void SaveAngleUnit() const;
 
-  int m_AngleUnit = kAngleRadians;  // invariant: 0..2
+  int m_AngleUnit = kTermRadians;  // invariant: 0..2
 };
 
 }  // namespace kw

@@ -41,7 +41,7 @@ TEST_F(MathTermTest, EvaluatesWithPrecedenceAssociativityAndSpellings) {
       {u"6:4", u"", 1.5},               {u"2**3", u"", 8},               {u"{1+2}*3", u"", 9},
       {u"1E3+1", u"", 1001},            {u"2.5e-1*4", u"", 1},           {u"sqrt(16)", u"", 4},
       {u"SQR(2)^2", u"", 2},            {u"ABS(-3)+INT(-2.7)", u"", 1},  {u"INTEGER(2.9)", u"", 2},
-      {u"LOG(EXP(2))", u"", 2},         {u"[1]+[2-3]*[4-6]", u"12 3100", 301},
+      {u"LOG(EXP(2))", u"", 2},         {u"[1]+[2-3]*[4-6]", u"12 3100", 621},
       {u"[2-4]", u"x-12y", -12},        {u"[1-4]", u"1,25", 1.25},
   };
   for (const Row& r : rows) EXPECT_NEAR(Eval(r.term, r.line), r.expected, 1e-9) << kw::ToUtf8(r.term);
@@ -154,22 +154,22 @@ TEST_F(MathTermTest, LineVariablesComeFromTheCallerValues) {
 
 TEST_F(MathTermTest, AngleUnitsAndForcedGon) {
   KwMathTerm t;
-  EXPECT_EQ(t.GetAngleUnit(), kw::kAngleRadians);
+  EXPECT_EQ(t.GetAngleUnit(), kw::kTermRadians);
   ASSERT_EQ(t.SetTerm(u"COS(200)", 0, 1), 1);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), std::cos(200.0), 1e-12);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 1), -1.0, 1e-12);
-  t.SetAngleUnit(kw::kAngleGon);
+  t.SetAngleUnit(kw::kTermGon);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), -1.0, 1e-12);
-  t.SetAngleUnit(kw::kAngleDegrees);
+  t.SetAngleUnit(kw::kTermDegrees);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), std::cos(200.0 / 57.29577951308232), 1e-12);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 1), -1.0, 1e-12);  // forced gon wins
   ASSERT_EQ(t.SetTerm(u"ATAN(1)+ASIN(1)+ACOS(1)+SIN(30)+TAN(45)", 0, 1), 1);
   EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), 45 + 90 + 0 + 0.5 + 1, 1e-9);
-  EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 1), 50 + 100 + 0 + std::sin(30 / 63.66197723675813) + 1,
+  EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 1), 50 + 100 + 0 + std::sin(30 / 63.66197723675813) + std::tan(45 / 63.66197723675813),
               1e-9);
   t.SetAngleUnit(3);
   EXPECT_TRUE(asserts_.Fired("KwTerm"));
-  EXPECT_EQ(t.GetAngleUnit(), kw::kAngleDegrees);
+  EXPECT_EQ(t.GetAngleUnit(), kw::kTermDegrees);
 }
 
 TEST_F(MathTermTest, InvalidResultsBecomeZeroWithMessage2174) {
