@@ -28,3 +28,4 @@
 
 #include "terms/KwTerm.h"
 #include "terms/KwMathTerm.h"
+#include "terms/KwLogiTerm.h"
