@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "app/StringTable.h"
 #include "base/Assert.h"
@@ -40,6 +41,18 @@ int RelationCode(char16_t c) {
   }
 }
 
+// A numeric relation on the difference of its two sides, with the tolerance 1e-12.
+inline int NumericRelation(double d, int code) {
+  switch (code) {
+    case 1: return std::fabs(d) < 1e-12;
+    case 2: return std::fabs(d) >= 1e-12;
+    case 3: return d < 0;
+    case 4: return d > 0;
+    case 5: return d < 1e-12;
+    default: return d > -1e-12;
+  }
+}
+
 // -1, 0 or 1 for the first `n` characters of `text` against the field at `at`; a field that ends
 // first is the smaller.
 int CompareText(const char16_t* field, int64_t fieldLen, const char16_t* text, int64_t n) {
@@ -48,6 +61,14 @@ int CompareText(const char16_t* field, int64_t fieldLen, const char16_t* text, i
     if (field[k] != text[k]) return field[k] < text[k] ? -1 : 1;
   }
   return 0;
+}
+
+// The leftmost place of `pattern` in `text`, or -1: StrFind with case and without wildcards, through
+// the standard library's tuned search because it runs once per line.
+int64_t FindLiteral(const char16_t* text, int64_t length, const char16_t* pattern, int64_t patLen) {
+  const size_t at = std::u16string_view(text, static_cast<size_t>(length))
+                        .find(std::u16string_view(pattern, static_cast<size_t>(patLen)));
+  return at == std::u16string_view::npos ? -1 : static_cast<int64_t>(at);
 }
 
 }  // namespace
@@ -294,33 +315,32 @@ int KwLogiTerm::CheckFinal(int64_t items, const std::u16string& term, int show) 
   return 1;
 }
 
-KwLogiTerm::Value KwLogiTerm::EvaluateItem(int k, const int64_t* values, const TermField& field) const {
+KwLogiTerm::Value KwLogiTerm::EvaluateItem(int k, const int64_t* values) const {
   Value v;
   v.kind = kKindItem;
   v.first = k;
+  v.last = 0;
   const TermReference& r = m_Item[k];
-  if (r.first <= 0) {
-    v.number = static_cast<double>(values[-r.first]);
-  } else if (field.length > 0) {
-    int error = 0;
-    v.number = GetDouble(field.text, 0, field.length, 1, &error);
-  }
+  v.pending = r.first > 0;
+  v.number = r.first > 0 ? 0.0 : static_cast<double>(values[-r.first]);
   return v;
+}
+
+double KwLogiTerm::Number(Value& v, const TermField* fields) const {
+  if (v.pending) {
+    const TermField& f = fields[v.first];
+    int error = 0;
+    v.number = f.length > 0 ? GetDouble(f.text, 0, f.length, 1, &error) : 0.0;
+    v.pending = 0;
+  }
+  return v.number;
 }
 
 int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* fields, int code,
                                  TermReference* widen) const {
   // 1. Items and numbers compare as numbers.
   if (left.kind < kKindSingleQuoted && right.kind < kKindSingleQuoted && code < 7) {
-    const double d = left.number - right.number;
-    switch (code) {
-      case 1: return std::fabs(d) < 1e-12;
-      case 2: return std::fabs(d) >= 1e-12;
-      case 3: return d < 0;
-      case 4: return d > 0;
-      case 5: return d < 1e-12;
-      default: return d > -1e-12;
-    }
+    return NumericRelation(Number(left, fields) - Number(right, fields), code);
   }
   // 2. A text on the left goes to the right, and the order relations turn round with it.
   if (left.kind >= kKindSingleQuoted) {
@@ -338,7 +358,7 @@ int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* field
     if (f.length != g.length) {
       const TermField& longer = f.length > g.length ? f : g;
       const TermField& shorter = f.length > g.length ? g : f;
-      found = StrFind(longer.text, 0, longer.length, shorter.text, shorter.length, 1, 0, nullptr) >= 0;
+      found = FindLiteral(longer.text, longer.length, shorter.text, shorter.length) >= 0;
     } else {
       found = std::char_traits<char16_t>::compare(f.text, g.text, static_cast<size_t>(f.length)) == 0;
     }
@@ -374,7 +394,7 @@ int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* field
   bool has = f.length > 0;
   int cmp = 0;
   if (has && f.length > textLen) {
-    const int64_t at = StrFind(f.text, 0, f.length, text, textLen, 1, 0, nullptr);
+    const int64_t at = FindLiteral(f.text, f.length, text, textLen);
     has = at >= 0;
     if (has) cmp = CompareText(f.text + at, f.length - at, text, textLen);
   } else if (has) {
@@ -417,12 +437,14 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, FieldReader fieldOf, T
       Value& v = stack[top++];
       v.number = k.number;
       v.kind = k.kind;
+      v.pending = 0;
       v.first = k.first;
       v.last = k.last;
     } else if (IsUpper(c)) {
-      stack[top] = EvaluateItem(c - u'A', values, fields[c - u'A']);
+      stack[top] = EvaluateItem(c - u'A', values);
       ++top;
     } else if (c < 14 || c == u'~') {
+      Number(stack[top - 1], fields);
       double& x = stack[top - 1].number;
       stack[top - 1].kind = kKindNumber;
       switch (c) {
@@ -442,8 +464,9 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, FieldReader fieldOf, T
         default: x = -x; break;
       }
     } else if (IsArithmetic(c)) {
-      const double b = stack[--top].number;
+      const double b = Number(stack[--top], fields);
       Value& a = stack[top - 1];
+      Number(a, fields);
       a.kind = kKindNumber;
       switch (c) {
         case u'+': a.number += b; break;
@@ -454,9 +477,15 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, FieldReader fieldOf, T
         default: a.number = TermModulo(a.number, b); break;
       }
     } else if (const int code = RelationCode(c)) {
-      const Value right = stack[--top];
-      const Value left = stack[--top];
-      truth[truths++] = EvaluateRelation(left, right, fields, code, widen);
+      Value& right = stack[--top];
+      Value& left = stack[--top];
+      if (left.kind < kKindSingleQuoted && right.kind < kKindSingleQuoted && code < 7) {
+        // Numbers and items compare as numbers (the first rule of EvaluateRelation, kept inline).
+        const double d = Number(left, fields) - Number(right, fields);
+        truth[truths++] = NumericRelation(d, code);
+      } else {
+        truth[truths++] = EvaluateRelation(left, right, fields, code, widen);
+      }
       top = 0;
       const bool mixed = (left.kind == kKindNumber && right.kind >= kKindSingleQuoted) ||
                          (right.kind == kKindNumber && left.kind >= kKindSingleQuoted);
@@ -491,7 +520,9 @@ int KwLogiTerm::CalculateResult(const char16_t* line, const int64_t* values, int
   KW_ASSERT(ok);
   if (!ok) return 0;
   if (!line) line = kEmpty;
-  int64_t len = 0;  // the line's length, as far as any item reads
+  // The line's length, as far as any item reads; four characters a round, never past the zero.
+  int64_t len = 0;
+  while (len + 4 <= m_MaxLast && line[len] && line[len + 1] && line[len + 2] && line[len + 3]) len += 4;
   while (len < m_MaxLast && line[len]) ++len;
   return Evaluate(values, show, [this, line, len](int k) {
     const TermReference& r = m_Item[k];

@@ -29,9 +29,10 @@ inline constexpr int kKindSingleQuoted = 2;
 inline constexpr int kKindDoubleQuoted = 3;
 
 // A view of one field's characters. It borrows the line or the field text it was made from.
+// A plain record (no initialisers) so that evaluation's fixed arrays of them cost nothing to set up.
 struct TermField {
-  const char16_t* text = nullptr;
-  int64_t length = 0;
+  const char16_t* text;
+  int64_t length;
 };
 
 class KwLogiTerm : public KwTerm {
@@ -68,19 +69,22 @@ class KwLogiTerm : public KwTerm {
   int CheckBadChars(const std::u16string& term, int show);
   int CheckFinal(int64_t items, const std::u16string& term, int show);
 
-  // One operand or intermediate result on the value stack.
+  // One operand or intermediate result on the value stack; a plain record, see TermField.
   struct Value {
-    double number = 0.0;
-    int kind = kKindNumber;
-    int64_t first = 0;  // text: 1-based first position in the prepared copy; item: its index
-    int64_t last = 0;   // text: 1-based last position
+    double number;  // an item's number is read from its field only when something needs it
+    int kind;
+    int pending;    // 1 while an item's number has not been read
+    int64_t first;  // text: 1-based first position in the prepared copy; item: its index
+    int64_t last;   // text: 1-based last position
   };
 
   // Evaluates over fields given by `field(k)`. While `widen` is non-null (the trial of CheckFinal) an
   // item compared with a longer text has its range in `widen` widened.
   template <class FieldReader>
   int Evaluate(const int64_t* values, int show, FieldReader field, TermReference* widen) const;
-  Value EvaluateItem(int k, const int64_t* values, const TermField& field) const;
+  Value EvaluateItem(int k, const int64_t* values) const;
+  // The number of a value, reading an item's field the first time.
+  double Number(Value& v, const TermField* fields) const;
   int EvaluateRelation(Value left, Value right, const TermField* fields, int code, TermReference* widen) const;
 
   int Fail(int show, uint32_t id, const std::u16string& term);
