@@ -29,3 +29,4 @@
 #include "terms/KwTerm.h"
 #include "terms/KwMathTerm.h"
 #include "terms/KwLogiTerm.h"
+#include "terms/KwLogiTermEx.h"

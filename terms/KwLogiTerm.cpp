@@ -83,8 +83,10 @@ int KwLogiTerm::Fail(int show, uint32_t id, const std::u16string& term) {
   return 0;
 }
 
-int KwLogiTerm::SetTerm(const std::u16string& term, int show) {
-  if (!PrepareTerm(term, show)) return 0;
+int KwLogiTerm::SetTerm(const std::u16string& term, int show) { return Compile(term, term, show); }
+
+int KwLogiTerm::Compile(const std::u16string& source, const std::u16string& term, int show) {
+  if (!PrepareTerm(source, term, show)) return 0;
   EqualizeIdiomatics();
   const int items = ParseConstants(term, show);
   if (items < 0) return 0;
@@ -93,28 +95,28 @@ int KwLogiTerm::SetTerm(const std::u16string& term, int show) {
   return CheckFinal(items, term, show);
 }
 
-int KwLogiTerm::PrepareTerm(const std::u16string& term, int show) {
+int KwLogiTerm::PrepareTerm(const std::u16string& source, const std::u16string& term, int show) {
   m_Valid = 0;
   for (int& need : m_Need) need = 0;
   m_ConstCount = 0;
   m_ItemCount = 0;
   m_MaxLast = 0;
-  m_Work.assign(term.size() + 1, 0);
-  m_Prepared.assign(term.size() + 1, 0);
+  m_Work.assign(source.size() + 1, 0);
+  m_Prepared.assign(source.size() + 1, 0);
   char16_t* work = m_Work.data();
   char16_t* prep = m_Prepared.data();
-  const int64_t size = static_cast<int64_t>(term.size());
+  const int64_t size = static_cast<int64_t>(source.size());
   int64_t n = 0;
   char16_t quote = 0;
   for (int64_t i = 0; i < size; ++i) {
-    const char16_t c = term[i];
+    const char16_t c = source[i];
     if (quote) {
       if (c == quote) quote = 0;
-      if (c == u'<' && i + 2 < size && term[i + 1] == u'#') {
+      if (c == u'<' && i + 2 < size && source[i + 1] == u'#') {
         int64_t k = i + 2;
         uint32_t code = 0;
-        while (k < size && k < i + 8 && term[k] >= u'0' && term[k] <= u'9') code = code * 10 + (term[k++] - u'0');
-        if (k > i + 2 && k < size && term[k] == u'>' && code <= 0xFFFF) {
+        while (k < size && k < i + 8 && source[k] >= u'0' && source[k] <= u'9') code = code * 10 + (source[k++] - u'0');
+        if (k > i + 2 && k < size && source[k] == u'>' && code <= 0xFFFF) {
           work[n] = kEscapeMark;
           prep[n++] = static_cast<char16_t>(code);
           i = k;
@@ -308,9 +310,9 @@ int KwLogiTerm::CheckFinal(int64_t items, const std::u16string& term, int show) 
     trial.emplace_back(static_cast<size_t>(r.first > 0 ? std::max<int64_t>(0, r.last - r.first + 1) : 1), u'1');
   }
   static const int64_t kOnes[kTermCallerValues] = {1, 1, 1, 1, 1};
-  Evaluate(kOnes, show,
-           [&trial](int k) { return TermField{trial[k].c_str(), static_cast<int64_t>(trial[k].size())}; },
-           show ? m_Item : nullptr);
+  TermField fields[kTermMaxReferences];
+  for (int64_t k = 0; k < items; ++k) fields[k] = TermField{trial[k].c_str(), static_cast<int64_t>(trial[k].size())};
+  Evaluate(kOnes, show, fields, show ? m_Item : nullptr);
   for (int64_t k = 0; k < items; ++k) m_MaxLast = std::max(m_MaxLast, m_Item[k].last);
   return 1;
 }
@@ -410,8 +412,7 @@ int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* field
   }
 }
 
-template <class FieldReader>
-int KwLogiTerm::Evaluate(const int64_t* values, int show, FieldReader fieldOf, TermReference* widen) const {
+int KwLogiTerm::Evaluate(const int64_t* values, int show, const TermField* fields, TermReference* widen) const {
   static const int64_t kNoValues[kTermCallerValues] = {-1, -1, -1, -1, -1};
   if (!values) values = kNoValues;
   const bool valuesOk = (!m_Need[0] || values[kValLineNo] > 0) && (!m_Need[1] || values[kValLineLen] >= 0) &&
@@ -419,8 +420,6 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, FieldReader fieldOf, T
                         (!m_Need[3] || (values[kValSelected] >= 0 && values[kValFifth] >= 0));
   KW_ASSERT(valuesOk);
   if (!valuesOk) return 0;
-  TermField fields[kTermMaxReferences];
-  for (int64_t k = 0; k < m_ItemCount; ++k) fields[k] = fieldOf(static_cast<int>(k));
   const double factor = AngleFactor(GetAngleUnit());
 
   // Invariants, checked when compiling: neither stack is ever taken from when empty, and neither holds
@@ -510,9 +509,19 @@ int KwLogiTerm::CalculateResult(const std::vector<std::u16string>& fields, const
   const bool ok = m_Valid && static_cast<int64_t>(fields.size()) >= m_ItemCount;
   KW_ASSERT(ok);
   if (!ok) return 0;
-  return Evaluate(values, show, [&fields](int k) {
-    return TermField{fields[k].c_str(), static_cast<int64_t>(fields[k].size())};
-  }, nullptr);
+  TermField views[kTermMaxReferences];
+  for (int64_t k = 0; k < m_ItemCount; ++k)
+    views[k] = TermField{fields[k].c_str(), static_cast<int64_t>(fields[k].size())};
+  return Evaluate(values, show, views, nullptr);
+}
+
+void KwLogiTerm::LineFields(const char16_t* line, int64_t length, TermField* fields) const {
+  for (int64_t k = 0; k < m_ItemCount; ++k) {
+    const TermReference& r = m_Item[k];
+    const int64_t from = r.first - 1;
+    const int64_t to = std::min(r.last, length);
+    fields[k] = r.first <= 0 || to <= from ? TermField{kEmpty, 0} : TermField{line + from, to - from};
+  }
 }
 
 int KwLogiTerm::CalculateResult(const char16_t* line, const int64_t* values, int show) const {
@@ -524,13 +533,9 @@ int KwLogiTerm::CalculateResult(const char16_t* line, const int64_t* values, int
   int64_t len = 0;
   while (len + 4 <= m_MaxLast && line[len] && line[len + 1] && line[len + 2] && line[len + 3]) len += 4;
   while (len < m_MaxLast && line[len]) ++len;
-  return Evaluate(values, show, [this, line, len](int k) {
-    const TermReference& r = m_Item[k];
-    const int64_t from = r.first - 1;
-    const int64_t to = std::min(r.last, len);
-    if (r.first <= 0 || to <= from) return TermField{kEmpty, 0};
-    return TermField{line + from, to - from};
-  }, nullptr);
+  TermField fields[kTermMaxReferences];
+  LineFields(line, len, fields);
+  return Evaluate(values, show, fields, nullptr);
 }
 
 int KwLogiTerm::NeedLineNo() const {

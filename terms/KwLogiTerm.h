@@ -61,8 +61,10 @@ class KwLogiTerm : public KwTerm {
   std::u16string GetCompiled() const { return std::u16string(m_Work.data(), m_WorkLen); }
 
  protected:
-  // The compile steps, in the order SetTerm calls them; each returns 0 (or -1) after its message.
-  int PrepareTerm(const std::u16string& term, int show);
+  // Compiles `source`; messages show `term`, the text as the user typed it.
+  int Compile(const std::u16string& source, const std::u16string& term, int show);
+  // The compile steps, in the order Compile calls them; each returns 0 (or -1) after its message.
+  int PrepareTerm(const std::u16string& source, const std::u16string& term, int show);
   void EqualizeIdiomatics();
   int ParseConstants(const std::u16string& term, int show);  // the number of items, or -1
   int ParseItem(int64_t open, int64_t close, const std::u16string& term, int show);
@@ -78,10 +80,11 @@ class KwLogiTerm : public KwTerm {
     int64_t last;   // text: 1-based last position
   };
 
-  // Evaluates over fields given by `field(k)`. While `widen` is non-null (the trial of CheckFinal) an
-  // item compared with a longer text has its range in `widen` widened.
-  template <class FieldReader>
-  int Evaluate(const int64_t* values, int show, FieldReader field, TermReference* widen) const;
+  // Evaluates over one field per item. While `widen` is non-null (the trial of CheckFinal) an item
+  // compared with a longer text has its range in `widen` widened.
+  int Evaluate(const int64_t* values, int show, const TermField* fields, TermReference* widen) const;
+  // The items' fields in a line of `length` characters: the columns of each item, cut at the end.
+  void LineFields(const char16_t* line, int64_t length, TermField* fields) const;
   Value EvaluateItem(int k, const int64_t* values) const;
   // The number of a value, reading an item's field the first time.
   double Number(Value& v, const TermField* fields) const;
