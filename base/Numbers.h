@@ -86,8 +86,8 @@ inline constexpr int kRoundHalfEven = 2;   // a tie goes to the even last digit
 // When the value does not fit and the picture has a decimal to give up, the picture itself is
 // shifted one place right (a "#" enters at the front, its last non-blank character drops off) and
 // the value is written with one decimal fewer; the caller's buffer keeps the shifted picture. When
-// it cannot give up a decimal, the digits are written anyway (the leading digit is lost) and the
-// result is 0.
+// it cannot give up a decimal, the digits of value / 10 are written anyway and the result is 0.
+// A NaN or infinity blanks the digit positions and gives 0.
 //
 // `roundMode`: 0 (kRoundHalfUp) adds half a unit of the last decimal place. 1 (kRoundTruncate) adds
 // only 1e-9 of a unit, so that binary noise (0.29 held as 0.28999...) does not lose a digit.

@@ -59,8 +59,8 @@ double DecToHex(double value, int mode, int decimals, double fullCircle) {
 
 double HexToDec(double packed, int mode, int* error) {
   const double x = std::fabs(packed);
-  const double d = std::floor(x + 0.1);
-  const double m = mode == 3 ? 100.0 * (x - d) : std::floor(100.0 * (x - d) + 0.1);
+  const double d = std::trunc(x + 0.1);
+  const double m = mode == 3 ? 100.0 * (x - d) : std::trunc(100.0 * (x - d) + 0.1);
   const double factor = mode == 1 ? 0.9 : 1.0;
   const double result = (250.0 * x - 160.0 * d - m) / factor / 90.0;
   if (error) {
