@@ -5,6 +5,7 @@
 #include "base/CodePages.h"
 #include "base/FileOps.h"
 #include "base/Format.h"
+#include "base/IndexSort.h"
 #include "base/KwFile.h"
 #include "base/KwFolders.h"
 #include "base/KwTime.h"

@@ -1,0 +1,311 @@
+// Index sorting: build sorts with equal-key gathering, the string quicksort with progress, the
+// apply sorts and the helpers on arrays.
+#include "base/IndexSort.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "base/Assert.h"
+#include "base/Text.h"
+
+namespace kw {
+
+namespace {
+
+// The quicksort of the build functions over index[lo..hi]. `less(a, b)` and `equal(a, b)` compare
+// the keys of original positions a and b.
+//
+// Each round puts the middle element at lo as pivot, partitions the smaller keys to its left,
+// counts the keys equal to it, then gathers those into one run right of the pivot. The run is
+// ordered by original position, so equal keys keep their order and are never looked at again.
+template <class Less, class Equal>
+void GatheringSort(int64_t* index, int64_t lo, int64_t hi, const Less& less, const Equal& equal) {
+  while (lo < hi) {
+    std::swap(index[lo], index[lo + (hi - lo) / 2]);
+    int64_t store = lo, equals = 0;
+    for (int64_t k = lo + 1; k <= hi; ++k) {
+      if (less(index[k], index[lo])) {
+        ++store;
+        std::swap(index[store], index[k]);
+      } else if (equal(index[k], index[lo])) {
+        ++equals;
+      }
+    }
+    std::swap(index[lo], index[store]);
+    int64_t last = store;
+    for (int64_t next = store + 1; equals > 0 && next <= hi; ++next) {
+      if (equal(index[next], index[last])) {
+        ++last;
+        std::swap(index[last], index[next]);
+        --equals;
+      }
+    }
+    // The run store..last in ascending original position. Sorting it once gives the same result as
+    // inserting each gathered entry as it comes, without the quadratic walk on long runs.
+    std::sort(index + store, index + last + 1);
+    // The two sides are independent: recurse into the smaller one to bound the stack.
+    if (store - lo < hi - last) {
+      GatheringSort(index, lo, store - 1, less, equal);
+      lo = last + 1;
+    } else {
+      GatheringSort(index, last + 1, hi, less, equal);
+      hi = store - 1;
+    }
+  }
+}
+
+template <class Less, class Equal>
+void BuildSort(int64_t* index, int64_t n, const Less& less, const Equal& equal) {
+  if (n < 1) return;
+  KW_ASSERT(index != nullptr);
+  if (index == nullptr) return;
+  for (int64_t i = 0; i < n; ++i) index[i] = i;
+  if (n >= 2) GatheringSort(index, 0, n - 1, less, equal);
+}
+
+// The walk of the apply sorts. `swap(i, j)` exchanges elements i and j.
+template <class Swap>
+void ApplyIndex(const int64_t* index, int64_t n, int reverse, const Swap& swap) {
+  if (n < 1) return;
+  KW_ASSERT(index != nullptr);
+  if (index == nullptr) return;
+  auto visit = [&](int64_t i) {
+    // Follow the cycle of i back to the first position at or after i.
+    int64_t j = index[i];
+    for (int64_t steps = 0; j >= 0 && j < i && steps <= n; ++steps) j = index[j];
+    const bool valid = j >= i && j < n;
+    KW_ASSERT(valid);  // index is not a permutation of 0..n-1
+    if (!valid) return false;
+    if (j > i) swap(i, j);
+    return true;
+  };
+  if (!reverse) {
+    for (int64_t i = 0; i < n; ++i)
+      if (!visit(i)) return;
+  } else {
+    // From n-1 in steps of two until the position is -1; an odd count ends after position 0.
+    for (int64_t i = n - 1; i >= 0; i -= 2)
+      if (!visit(i)) return;
+  }
+}
+
+int CompareText(const std::u16string& a, const std::u16string& b) {
+  return StrCompare(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size()), 1, 0, 0);
+}
+
+// The state of one qsort call: the comparison counter runs over the whole call.
+struct StringSort {
+  const std::vector<std::u16string>& strings;
+  int fileNames;
+  KwProgress* progress;
+  int counter = 0;
+
+  static constexpr int kStepEvery = 501;
+  static constexpr int kStepPercent = 5;
+
+  // False when the user stopped the sort at this comparison.
+  bool Tick() {
+    if (progress == nullptr) return true;
+    if (counter == kStepEvery) {
+      counter = 0;
+      int percent = progress->GetPercent() + kStepPercent;
+      if (percent > 100) percent = 0;
+      if (progress->Step(percent) == 0) return false;
+    }
+    ++counter;
+    return true;
+  }
+
+  int Compare(int64_t a, int64_t b) const {
+    const std::u16string& x = strings[static_cast<size_t>(a)];
+    const std::u16string& y = strings[static_cast<size_t>(b)];
+    return fileNames ? CompareFileNames(x, y) : CompareText(x, y);
+  }
+
+  bool Sort(int64_t* index, int64_t lo, int64_t hi) {
+    while (lo < hi) {
+      std::swap(index[lo], index[lo + (hi - lo) / 2]);
+      int64_t store = lo;
+      for (int64_t k = lo + 1; k <= hi; ++k) {
+        if (!Tick()) return false;
+        if (Compare(index[k], index[lo]) < 0) {
+          ++store;
+          std::swap(index[store], index[k]);
+        }
+      }
+      std::swap(index[lo], index[store]);
+      if (!Sort(index, lo, store - 1)) return false;
+      lo = store + 1;  // the right side, as a loop rather than a call
+    }
+    return true;
+  }
+};
+
+// Splits a path at its last separator: the folder part (without it) and the name.
+void SplitPath(const std::u16string& path, std::u16string_view& folder, std::u16string_view& name) {
+  const size_t cut = path.find_last_of(u"/\\");
+  const std::u16string_view all(path);
+  folder = cut == std::u16string::npos ? std::u16string_view() : all.substr(0, cut);
+  name = cut == std::u16string::npos ? all : all.substr(cut + 1);
+}
+
+// The components of a folder part, in order, without allocating.
+class Components {
+ public:
+  explicit Components(std::u16string_view folder) : rest_(folder), done_(folder.empty()) {}
+  bool Next(std::u16string_view& component) {
+    if (done_) return false;
+    const size_t end = rest_.find_first_of(u"/\\");
+    if (end == std::u16string_view::npos) {
+      component = rest_;
+      done_ = true;
+    } else {
+      component = rest_.substr(0, end);
+      rest_.remove_prefix(end + 1);
+    }
+    return true;
+  }
+
+ private:
+  std::u16string_view rest_;
+  bool done_;
+};
+
+int CompareComponent(std::u16string_view a, std::u16string_view b) {
+  return StrCompare(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size()), 1, 0, 0);
+}
+
+}  // namespace
+
+void SortDI(const double* keys, int64_t* index, int64_t n) {
+  KW_ASSERT(n < 2 || keys != nullptr);
+  if (n >= 2 && keys == nullptr) return;
+  BuildSort(
+      index, n, [keys](int64_t a, int64_t b) { return keys[a] < keys[b]; },
+      [keys](int64_t a, int64_t b) { return keys[a] == keys[b]; });
+}
+
+void SortUI(const uint64_t* keys, int64_t* index, int64_t n) {
+  KW_ASSERT(n < 2 || keys != nullptr);
+  if (n >= 2 && keys == nullptr) return;
+  BuildSort(
+      index, n, [keys](int64_t a, int64_t b) { return keys[a] < keys[b]; },
+      [keys](int64_t a, int64_t b) { return keys[a] == keys[b]; });
+}
+
+void SortCI(const char16_t* table, int64_t width, int64_t* index, int64_t n) {
+  KW_ASSERT(n < 2 || (table != nullptr && width >= 0));
+  if (n >= 2 && (table == nullptr || width < 0)) return;
+  auto compare = [table, width](int64_t a, int64_t b) {
+    return StrCompare(table + a * width, width, table + b * width, width, 1, 0, 0);
+  };
+  BuildSort(
+      index, n, [&compare](int64_t a, int64_t b) { return compare(a, b) < 0; },
+      [&compare](int64_t a, int64_t b) { return compare(a, b) == 0; });
+}
+
+int CompareFileNames(const std::u16string& a, const std::u16string& b) {
+  std::u16string_view folderA, nameA, folderB, nameB;
+  SplitPath(a, folderA, nameA);
+  SplitPath(b, folderB, nameB);
+  Components partsA(folderA), partsB(folderB);
+  std::u16string_view partA, partB;
+  for (;;) {
+    const bool moreA = partsA.Next(partA), moreB = partsB.Next(partB);
+    if (!moreA && !moreB) break;
+    if (!moreA) return -1;  // a folder's own files before those of its subfolders
+    if (!moreB) return 1;
+    const int c = CompareComponent(partA, partB);
+    if (c != 0) return c;
+  }
+  return CompareComponent(nameA, nameB);
+}
+
+int qsort(int64_t* index, int64_t first, int64_t last, const std::vector<std::u16string>& strings, int fileNames,
+          KwProgress* progress) {
+  if (last - first < 1) return 1;
+  KW_ASSERT(index != nullptr && first >= 0);
+  if (index == nullptr || first < 0) return 1;
+  StringSort sort{strings, fileNames, progress};
+  return sort.Sort(index, first, last) ? 1 : 0;
+}
+
+void SortID(double* values, const int64_t* index, int64_t n, int reverse) {
+  ApplyIndex(index, n, reverse, [values](int64_t i, int64_t j) { std::swap(values[i], values[j]); });
+}
+
+void SortIU(uint64_t* values, const int64_t* index, int64_t n, int reverse) {
+  ApplyIndex(index, n, reverse, [values](int64_t i, int64_t j) { std::swap(values[i], values[j]); });
+}
+
+void SortIC(char16_t* table, int64_t width, const int64_t* index, int64_t n, int reverse) {
+  KW_ASSERT(n < 1 || (table != nullptr && width >= 0));
+  if (n < 1 || table == nullptr || width <= 0) return;
+  std::u16string scratch;
+  try {
+    scratch.resize(static_cast<size_t>(width));
+  } catch (const std::bad_alloc&) {
+    return;  // no scratch record: nothing happens
+  } catch (const std::length_error&) {
+    return;
+  }
+  char16_t* record = scratch.data();
+  const size_t bytes = static_cast<size_t>(width) * sizeof(char16_t);
+  ApplyIndex(index, n, reverse, [=](int64_t i, int64_t j) {
+    std::memcpy(record, table + i * width, bytes);
+    std::memcpy(table + i * width, table + j * width, bytes);
+    std::memcpy(table + j * width, record, bytes);
+  });
+}
+
+void SortIS(std::vector<std::u16string>& strings, const int64_t* index, int64_t n, int reverse) {
+  KW_ASSERT(n <= static_cast<int64_t>(strings.size()));
+  if (n > static_cast<int64_t>(strings.size())) return;
+  ApplyIndex(index, n, reverse, [&strings](int64_t i, int64_t j) { strings[i].swap(strings[j]); });
+}
+
+void SortDM(const double* keys, int64_t* index, int64_t n, int64_t p) {
+  KW_ASSERT(keys != nullptr && index != nullptr && p >= 0 && p < n);
+  if (keys == nullptr || index == nullptr || p < 0 || p >= n) return;
+  for (;;) {
+    int64_t t = p;
+    if (p >= 1 && keys[index[p - 1]] > keys[index[p]]) t = p - 1;
+    if (p < n - 1 && keys[index[p]] > keys[index[p + 1]]) t = t + 1;
+    if (t == p) return;
+    std::swap(index[p], index[t]);
+    p = t;
+  }
+}
+
+void SortStrArray(std::vector<std::u16string>& strings) {
+  const auto n = static_cast<int64_t>(strings.size());
+  if (n < 2) return;
+  std::vector<int64_t> index(static_cast<size_t>(n));
+  for (int64_t i = 0; i < n; ++i) index[i] = i;
+  kw::qsort(index.data(), 0, n - 1, strings, 0, nullptr);
+  std::vector<std::u16string> sorted;
+  sorted.reserve(strings.size());
+  for (int64_t i : index) sorted.push_back(std::move(strings[static_cast<size_t>(i)]));
+  strings.swap(sorted);
+}
+
+void SortUIntArray(std::vector<uint64_t>& values) {
+  const auto n = static_cast<int64_t>(values.size());
+  if (n < 2) return;
+  std::vector<int64_t> index(static_cast<size_t>(n));
+  SortUI(values.data(), index.data(), n);
+  std::vector<uint64_t> sorted;
+  sorted.reserve(values.size());
+  for (int64_t i : index) sorted.push_back(values[static_cast<size_t>(i)]);
+  values.swap(sorted);
+}
+
+int IsUIntInArray(uint64_t value, const std::vector<uint64_t>& values) {
+  return std::find(values.begin(), values.end(), value) != values.end() ? 1 : 0;
+}
+
+}  // namespace kw
