@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/Assert.h"
+#include "base/Numbers.h"
 #include "base/Text.h"
 
 namespace kw {
@@ -306,6 +307,189 @@ void SortUIntArray(std::vector<uint64_t>& values) {
 
 int IsUIntInArray(uint64_t value, const std::vector<uint64_t>& values) {
   return std::find(values.begin(), values.end(), value) != values.end() ? 1 : 0;
+}
+
+// ---- SortTextsStable -----------------------------------------------------------------------------
+
+namespace {
+
+// One text in the sort: its first four primary characters packed big-endian into one word, the
+// number of its primary characters, and its position.
+struct TextEntry {
+  uint64_t prefix;
+  uint32_t length;
+  uint32_t id;
+};
+
+constexpr size_t kPrefixChars = 4;
+constexpr int64_t kInsertionRun = 32;
+
+// The primary characters of the collation, stored byte-swapped (big-endian) so that memcmp over them
+// orders them as unsigned 16-bit codes.
+class PrimaryKeys {
+ public:
+  void Reserve(size_t units) { arena_.reserve(units); }
+
+  // Appends the primary characters of `text`; returns their number.
+  size_t Add(std::u16string_view text) {
+    const size_t before = arena_.size();
+    for (const char16_t c : text) {
+      switch (c) {
+        case u'_': Put(u' '); break;
+        case u'\u00C4': case u'\u00E4': Put(u'A'); Put(u'E'); break;
+        case u'\u00D6': case u'\u00F6': Put(u'O'); Put(u'E'); break;
+        case u'\u00DC': case u'\u00FC': Put(u'U'); Put(u'E'); break;
+        case u'\u00DF': Put(u'S'); Put(u'Z'); break;
+        default: Put(ToUpper(c, nullptr)); break;
+      }
+    }
+    return arena_.size() - before;
+  }
+  const uint16_t* At(size_t offset) const { return arena_.data() + offset; }
+  size_t Size() const { return arena_.size(); }
+
+ private:
+  void Put(char16_t c) { arena_.push_back(static_cast<uint16_t>((c >> 8) | (c << 8))); }
+  std::vector<uint16_t> arena_;
+};
+
+class TextSorter {
+ public:
+  TextSorter(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric, int skipLeadingBlanks,
+             int reverse)
+      : texts_(texts), caseSensitive_(caseSensitive), numeric_(numeric), skip_(skipLeadingBlanks), reverse_(reverse) {}
+
+  int Run(std::vector<int64_t>& index, KwProgress* progress) {
+    const size_t n = texts_.size();
+    BuildKeys();
+    std::vector<TextEntry> buffer(n);
+    // Insertion-sorted runs, then merge passes; both keep equal entries in order.
+    for (size_t lo = 0; lo < n; lo += kInsertionRun) InsertionSort(lo, std::min(n, lo + kInsertionRun));
+    int passes = 0;
+    for (size_t width = kInsertionRun; width < n; width *= 2) ++passes;
+    int pass = 0;
+    for (size_t width = kInsertionRun; width < n; width *= 2) {
+      for (size_t lo = 0; lo < n; lo += 2 * width)
+        Merge(lo, std::min(n, lo + width), std::min(n, lo + 2 * width), buffer);
+      entries_.swap(buffer);
+      ++pass;
+      if (progress != nullptr && progress->Step(pass * 100 / passes) == 0) return 0;
+    }
+    index.resize(n);
+    for (size_t i = 0; i < n; ++i) index[i] = entries_[i].id;
+    return 1;
+  }
+
+ private:
+  void BuildKeys() {
+    const size_t n = texts_.size();
+    entries_.resize(n);
+    offsets_.resize(n);
+    size_t units = 0;
+    for (const auto& t : texts_) units += t.size();
+    keys_.Reserve(units + units / 8);
+    if (numeric_) {
+      values_.resize(n);
+      isNumber_.resize(n);
+    }
+    for (size_t i = 0; i < n; ++i) {
+      std::u16string_view text = texts_[i];
+      if (numeric_) {
+        int level = kNumberEmpty;
+        values_[i] = text.empty() ? 0.0 : GetDouble(text.data(), 0, static_cast<int64_t>(text.size()), 1, &level);
+        isNumber_[i] = level <= kNumberEmpty ? 1 : 0;
+      }
+      if (skip_)
+        while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
+      offsets_[i] = keys_.Size();
+      const size_t length = keys_.Add(text);
+      const uint16_t* key = keys_.At(offsets_[i]);
+      uint64_t prefix = 0;
+      for (size_t k = 0; k < kPrefixChars; ++k) {
+        const uint16_t be = k < length ? key[k] : 0;
+        prefix = (prefix << 16) | static_cast<uint16_t>((be >> 8) | (be << 8));
+      }
+      entries_[i] = {prefix, static_cast<uint32_t>(std::min<size_t>(length, UINT32_MAX)), static_cast<uint32_t>(i)};
+    }
+  }
+
+  // StrCompare's result for the texts of two entries.
+  int Collate(const TextEntry& a, const TextEntry& b) const {
+    if (numeric_) {
+      const bool na = isNumber_[a.id], nb = isNumber_[b.id];
+      if (na && nb) {
+        const double x = values_[a.id], y = values_[b.id];
+        if (x < y - 1e-7) return -1;
+        if (x > y + 1e-7) return 1;
+      } else if (na) {
+        return -1;
+      } else if (nb) {
+        return 1;
+      }
+    }
+    const uint32_t common = std::min(a.length, b.length);
+    if (a.prefix != b.prefix) {
+      // The first differing primary character decides when both texts still have it.
+      const auto at = static_cast<uint32_t>(__builtin_clzll(a.prefix ^ b.prefix) / 16);
+      if (at < common) return a.prefix < b.prefix ? -1 : 1;
+    } else if (common > kPrefixChars) {
+      const int c = std::memcmp(keys_.At(offsets_[a.id] + kPrefixChars), keys_.At(offsets_[b.id] + kPrefixChars),
+                                (common - kPrefixChars) * sizeof(uint16_t));
+      if (c != 0) return c < 0 ? -1 : 1;
+    }
+    // One primary sequence is a prefix of the other: the lengths and the tie-break decide.
+    const std::u16string_view x = texts_[a.id], y = texts_[b.id];
+    if (x == y) return 0;
+    return StrCompare(x.data(), static_cast<int64_t>(x.size()), y.data(), static_cast<int64_t>(y.size()),
+                      caseSensitive_, 0, skip_);
+  }
+
+  // Whether b must come before a.
+  bool Before(const TextEntry& b, const TextEntry& a) const {
+    return reverse_ ? Collate(a, b) < 0 : Collate(b, a) < 0;
+  }
+
+  void InsertionSort(size_t lo, size_t hi) {
+    for (size_t i = lo + 1; i < hi; ++i) {
+      const TextEntry e = entries_[i];
+      size_t j = i;
+      while (j > lo && Before(e, entries_[j - 1])) {
+        entries_[j] = entries_[j - 1];
+        --j;
+      }
+      entries_[j] = e;
+    }
+  }
+
+  void Merge(size_t lo, size_t mid, size_t hi, std::vector<TextEntry>& out) const {
+    size_t i = lo, j = mid, k = lo;
+    while (i < mid && j < hi) out[k++] = Before(entries_[j], entries_[i]) ? entries_[j++] : entries_[i++];
+    while (i < mid) out[k++] = entries_[i++];
+    while (j < hi) out[k++] = entries_[j++];
+  }
+
+  const std::vector<std::u16string_view>& texts_;
+  int caseSensitive_, numeric_, skip_, reverse_;
+  std::vector<TextEntry> entries_;
+  std::vector<size_t> offsets_;
+  PrimaryKeys keys_;
+  std::vector<double> values_;
+  std::vector<char> isNumber_;
+};
+
+}  // namespace
+
+int SortTextsStable(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric,
+                    int skipLeadingBlanks, int reverse, std::vector<int64_t>& index, KwProgress* progress) {
+  KW_ASSERT(texts.size() < UINT32_MAX);
+  if (texts.size() >= UINT32_MAX) return 0;
+  try {
+    TextSorter sorter(texts, caseSensitive, numeric, skipLeadingBlanks, reverse);
+    return sorter.Run(index, progress);
+  } catch (const std::bad_alloc&) {
+    KW_ASSERT(!"out of memory");
+    return 0;
+  }
 }
 
 }  // namespace kw

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/KwProgress.h"
@@ -66,5 +67,20 @@ void SortStrArray(std::vector<std::u16string>& strings);
 void SortUIntArray(std::vector<uint64_t>& values);
 // Nonzero when `value` is an element of `values`.
 int IsUIntInArray(uint64_t value, const std::vector<uint64_t>& values);
+
+// ---- Sorting many texts ----------------------------------------------------------------------
+
+// A stable sort of many texts in the library collation, for large inputs such as the lines of a
+// file. The order equals a stable sort of 0..n-1 by
+//   StrCompare(texts[a], texts[b], caseSensitive, numeric, skipLeadingBlanks) < 0
+// (by the reverse of it when `reverse` is nonzero; equal texts keep their order either way). The
+// collation's primary characters (upper case, umlauts and "ß" expanded, "_" as a blank) and, in
+// numeric mode, the numbers are computed once per text, so that most comparisons are a comparison
+// of machine words; only texts whose primary characters agree up to the shorter one's end are
+// decided by StrCompare itself. `texts` are views that must stay valid during the call. `index`
+// receives the order. `progress` (may be null) is stepped after each merge pass; a step that returns
+// 0 stops the sort. Returns 1 when done, 0 when stopped (the index is then not meaningful).
+int SortTextsStable(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric,
+                    int skipLeadingBlanks, int reverse, std::vector<int64_t>& index, KwProgress* progress);
 
 }  // namespace kw
