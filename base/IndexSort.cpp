@@ -124,7 +124,7 @@ struct StringSort {
   int Compare(int64_t a, int64_t b) const {
     const std::u16string& x = strings[static_cast<size_t>(a)];
     const std::u16string& y = strings[static_cast<size_t>(b)];
-    return fileNames ? CompareFileNames(x, y) : CompareText(x, y);
+    return fileNames ? CollateFileNames(x, y) : CompareText(x, y);
   }
 
   bool Sort(int64_t* index, int64_t lo, int64_t hi) {
@@ -209,7 +209,7 @@ void SortCI(const char16_t* table, int64_t width, int64_t* index, int64_t n) {
       [&compare](int64_t a, int64_t b) { return compare(a, b) == 0; });
 }
 
-int CompareFileNames(const std::u16string& a, const std::u16string& b) {
+int CollateFileNames(const std::u16string& a, const std::u16string& b) {
   std::u16string_view folderA, nameA, folderB, nameB;
   SplitPath(a, folderA, nameA);
   SplitPath(b, folderB, nameB);

@@ -32,10 +32,10 @@ void SortCI(const char16_t* table, int64_t width, int64_t* index, int64_t n);
 // own subfolders, and a separator ends a component rather than being compared as a character),
 // then the names; each component with StrCompare(case tie-break 1, numeric 0, blanks 0).
 // Returns -1, 0 or 1.
-int CompareFileNames(const std::u16string& a, const std::u16string& b);
+int CollateFileNames(const std::u16string& a, const std::u16string& b);
 
 // Sorts index[first..last] by strings[index[k]]; the caller fills the index. Compares with
-// CompareFileNames when `fileNames` is nonzero, else with StrCompare(case tie-break 1, numeric 0,
+// CollateFileNames when `fileNames` is nonzero, else with StrCompare(case tie-break 1, numeric 0,
 // blanks 0). A plain quicksort (middle element as pivot, no gathering of equal keys, so it is not
 // stable). With a progress pane, every 501 comparisons of the whole call step the pane by 5 percent
 // (wrapping to 0 above 100); a step that returns 0 ends the sort. Returns 1 when done, 0 when the

@@ -268,8 +268,8 @@ TEST(QSort, FileNamesSortByFolderThenName) {
   for (int64_t i : index) order.push_back(names[i]);
   EXPECT_EQ(order, (std::vector<std::u16string>{u"z.txt", u"A/y.txt", u"a/z.txt", u"a\\b\\c.txt", u"a-b/x.txt",
                                                  u"b/a.txt"}));
-  EXPECT_EQ(kw::CompareFileNames(u"x/M\u00fcller", u"x/Mueller"), kw::StrCompare(u"M\u00fcller", u"Mueller", 1, 0, 0));
-  EXPECT_EQ(kw::CompareFileNames(u"a/b", u"a\\b"), 0);  // both separators
+  EXPECT_EQ(kw::CollateFileNames(u"x/M\u00fcller", u"x/Mueller"), kw::StrCompare(u"M\u00fcller", u"Mueller", 1, 0, 0));
+  EXPECT_EQ(kw::CollateFileNames(u"a/b", u"a\\b"), 0);  // both separators
 }
 
 TEST(ArraySorts, SortStrArraySortUIntArrayAndMembership) {

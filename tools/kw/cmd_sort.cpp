@@ -1,0 +1,173 @@
+// kw sort: sorts the lines of a text file in the library collation, stably, and writes them in the
+// file's own encoding, byte-order mark and line end.
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Command.h"
+#include "base/CodePages.h"
+#include "base/IndexSort.h"
+#include "base/KwFile.h"
+#include "platform/Platform.h"
+
+namespace kwtool {
+
+namespace {
+
+constexpr size_t kProgressLines = 100000;  // fewer lines sort too fast for a progress bar
+constexpr char16_t kCtrlZ = 26;
+
+struct SortOptions {
+  int caseSensitive = 0;
+  int numeric = 0;
+  int skipBlanks = 0;
+  int reverse = 0;
+  size_t columnFrom = 0;  // 0-based first character of the key
+  size_t columnTo = std::u16string_view::npos;  // 0-based end (exclusive)
+  int encoding = -1;  // -1: from the byte-order mark
+};
+
+// "FROM-TO" or "FROM-", 1-based and inclusive.
+bool ParseColumns(const std::string& text, SortOptions& options) {
+  const size_t dash = text.find('-');
+  if (dash == std::string::npos || dash == 0) return false;
+  try {
+    size_t used = 0;
+    const unsigned long from = std::stoul(text.substr(0, dash), &used);
+    if (used != dash || from < 1) return false;
+    options.columnFrom = from - 1;
+    if (dash + 1 < text.size()) {
+      const unsigned long to = std::stoul(text.substr(dash + 1), &used);
+      if (used != text.size() - dash - 1 || to < from) return false;
+      options.columnTo = to;
+    }
+  } catch (const std::exception&) {
+    return false;
+  }
+  return true;
+}
+
+// The lines of a text: CR LF, CR and LF end a line; a last line without a line end counts.
+std::vector<std::u16string_view> SplitLines(std::u16string_view text) {
+  std::vector<std::u16string_view> lines;
+  size_t start = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    if (c != u'\r' && c != u'\n') continue;
+    lines.push_back(text.substr(start, i - start));
+    if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') ++i;
+    start = i + 1;
+  }
+  if (start < text.size()) lines.push_back(text.substr(start));
+  return lines;
+}
+
+// Writes UTF-16 text to a stream in one of the five encodings (standard output has no file name
+// for KwFile).
+class EncodedStream {
+ public:
+  EncodedStream(std::FILE* out, int encoding) : out_(out), codePage_(static_cast<unsigned>(kw::GetCodePageID(encoding))) {}
+  bool Write(std::u16string_view text) {
+    while (!text.empty()) {
+      int64_t used = 0, written = 0;
+      const uint32_t rc = kw::EncodeUnits(codePage_, text.data(), static_cast<int64_t>(text.size()), bytes_,
+                                          sizeof bytes_, 0, nullptr, nullptr, true, &used, &written);
+      if ((rc != 0 && rc != kw::kErrorInsufficientBuffer) || used == 0) return false;
+      if (std::fwrite(bytes_, 1, static_cast<size_t>(written), out_) != static_cast<size_t>(written)) return false;
+      text.remove_prefix(static_cast<size_t>(used));
+    }
+    return true;
+  }
+
+ private:
+  std::FILE* out_;
+  unsigned codePage_;
+  char bytes_[1 << 16];
+};
+
+int RunSort(const std::vector<std::string>& argv) {
+  Args args(argv);
+  SortOptions options;
+  std::string output, columns, encoding;
+  const bool hasOutput = args.Option("output", output, "-o");
+  const bool hasColumns = args.Option("column", columns);
+  const bool hasEncoding = args.Option("encoding", encoding);
+  options.numeric = args.Flag("numeric") ? 1 : 0;
+  options.caseSensitive = args.Flag("case") ? 1 : 0;
+  options.skipBlanks = args.Flag("skip-blanks") ? 1 : 0;
+  options.reverse = args.Flag("reverse") ? 1 : 0;
+  const std::vector<std::string> files = args.Positional();
+  if (!args.error.empty()) return Fail(args.error, 2);
+  if (files.size() != 1) return Fail("sort needs exactly one FILE", 2);
+  if (hasColumns && !ParseColumns(columns, options)) return Fail("--column wants FROM-TO, counted from 1", 2);
+  if (hasEncoding) {
+    if (encoding.size() != 1 || encoding[0] < '0' || encoding[0] > '4') return Fail("--encoding wants 0 to 4", 2);
+    options.encoding = encoding[0] - '0';
+  }
+
+  // Read the whole text in the file's encoding.
+  const std::u16string name = kw::FromUtf8(files[0]);
+  unsigned char lineEnd = 13;
+  kw::GetFileEncoding(name, &lineEnd);
+  kw::KwFile in;
+  if (!in.Open(name, kw::KwFile::kRead, lineEnd, 0, options.encoding)) return Fail("cannot open " + files[0]);
+  const int fileEncoding = in.GetEncoding();
+  const bool mark = in.HasByteOrderMark();
+  std::u16string text;
+  {
+    std::vector<char16_t> block(1 << 20);
+    for (int64_t got; (got = in.ReadBlock(block.data(), static_cast<int64_t>(block.size()))) > 0;)
+      text.append(block.data(), static_cast<size_t>(got));
+  }
+  in.Close();
+  // DOS text may end in Ctrl-Z; it stays at the end rather than being sorted as a line.
+  const bool endsWithCtrlZ = !text.empty() && text.back() == kCtrlZ;
+  if (endsWithCtrlZ) text.pop_back();
+
+  const std::vector<std::u16string_view> lines = SplitLines(text);
+  std::vector<std::u16string_view> keys(lines.size());
+  for (size_t i = 0; i < lines.size(); ++i)
+    keys[i] = options.columnFrom >= lines[i].size()
+                  ? std::u16string_view()
+                  : lines[i].substr(options.columnFrom, options.columnTo == std::u16string_view::npos
+                                                            ? std::u16string_view::npos
+                                                            : options.columnTo - options.columnFrom);
+
+  std::unique_ptr<kw::KwProgress> progress;
+  if (lines.size() >= kProgressLines) progress = kw::GetPlatform().CreateProgress(u"Sort");
+  std::vector<int64_t> order;
+  if (!kw::SortTextsStable(keys, options.caseSensitive, options.numeric, options.skipBlanks, options.reverse, order,
+                           progress.get()))
+    return Fail("sort stopped");
+  progress.reset();
+
+  const std::u16string_view end = lineEnd == 10 ? std::u16string_view(u"\n") : std::u16string_view(u"\r\n");
+  if (hasOutput) {
+    kw::KwFile out;
+    if (!out.Open(kw::FromUtf8(output), kw::KwFile::kWrite, lineEnd, 0, fileEncoding))
+      return Fail("cannot create " + output);
+    out.SetEncoding(fileEncoding, mark);
+    bool ok = true;
+    for (const int64_t i : order) ok = ok && out.WriteLine(lines[static_cast<size_t>(i)]);
+    if (endsWithCtrlZ) ok = ok && out.Write(std::u16string_view(&kCtrlZ, 1));
+    if (!out.Close() || !ok) return Fail("cannot write " + output);
+    return 0;
+  }
+  EncodedStream out(stdout, fileEncoding);
+  bool ok = !mark || fileEncoding < 1 || fileEncoding > 3 || out.Write(u"\uFEFF");
+  for (const int64_t i : order) ok = ok && out.Write(lines[static_cast<size_t>(i)]) && out.Write(end);
+  if (endsWithCtrlZ) ok = ok && out.Write(std::u16string_view(&kCtrlZ, 1));
+  if (std::fflush(stdout) != 0 || !ok) return Fail("cannot write to standard output");
+  return 0;
+}
+
+}  // namespace
+
+KW_COMMAND("sort",
+            "kw sort FILE [-o OUT] [--numeric] [--case] [--skip-blanks] [--column FROM-TO] [--reverse] [--encoding N]",
+            "sort the lines of a file in the library collation (stable), keeping its encoding and line end",
+            &RunSort);
+
+}  // namespace kwtool
