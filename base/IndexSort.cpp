@@ -313,46 +313,61 @@ int IsUIntInArray(uint64_t value, const std::vector<uint64_t>& values) {
 
 namespace {
 
-// One text in the sort: its first four primary characters packed big-endian into one word, the
-// number of its primary characters, and its position.
+// One text in the sort: a chunk of twelve of its primary characters packed into three words (the
+// first character highest), the number of its primary characters, and its position. Most
+// comparisons end in the three words, without a look at the text.
+constexpr size_t kChunkWords = 3;
+constexpr size_t kPrefixChars = 4 * kChunkWords;
 struct TextEntry {
-  uint64_t prefix;
+  uint64_t prefix[kChunkWords];
   uint32_t length;
   uint32_t id;
 };
 
-constexpr size_t kPrefixChars = 4;
+// Where the primary reader of one text stands.
+struct ReaderState {
+  const char16_t* text;
+  uint32_t size;
+  uint32_t pos;
+  char16_t pending;
+};
 constexpr int64_t kInsertionRun = 32;
+constexpr size_t kBucketFrom = 4096;  // fewer texts are sorted in one range
 
-// The primary characters of the collation, stored byte-swapped (big-endian) so that memcmp over them
-// orders them as unsigned 16-bit codes.
-class PrimaryKeys {
- public:
-  void Reserve(size_t units) { arena_.reserve(units); }
-
-  // Appends the primary characters of `text`; returns their number.
-  size_t Add(std::u16string_view text) {
-    const size_t before = arena_.size();
-    for (const char16_t c : text) {
-      switch (c) {
-        case u'_': Put(u' '); break;
-        case u'\u00C4': case u'\u00E4': Put(u'A'); Put(u'E'); break;
-        case u'\u00D6': case u'\u00F6': Put(u'O'); Put(u'E'); break;
-        case u'\u00DC': case u'\u00FC': Put(u'U'); Put(u'E'); break;
-        case u'\u00DF': Put(u'S'); Put(u'Z'); break;
-        default: Put(ToUpper(c, nullptr)); break;
-      }
-    }
-    return arena_.size() - before;
+// The primary characters of the collation, one source character at a time: "_" stands for a blank,
+// umlauts and "ß" expand to two characters (the second one pending), everything is upper-cased.
+struct PrimaryReader {
+  static bool Expands(char16_t c) {
+    return c == u'\u00C4' || c == u'\u00E4' || c == u'\u00D6' || c == u'\u00F6' || c == u'\u00DC' || c == u'\u00FC' ||
+           c == u'\u00DF';
   }
-  const uint16_t* At(size_t offset) const { return arena_.data() + offset; }
-  size_t Size() const { return arena_.size(); }
-
- private:
-  void Put(char16_t c) { arena_.push_back(static_cast<uint16_t>((c >> 8) | (c << 8))); }
-  std::vector<uint16_t> arena_;
+  // The next primary character of text[pos...] after `pending`; advances pos and pending.
+  static char16_t Next(std::u16string_view text, uint32_t& pos, char16_t& pending) {
+    if (pending != 0) {
+      const char16_t c = pending;
+      pending = 0;
+      return c;
+    }
+    const char16_t c = text[pos++];
+    if (c < 0x80) {  // the ASCII rule of ToUpper, without the call
+      if (c >= u'a' && c <= u'z') return static_cast<char16_t>(c - 32);
+      return c == u'_' ? u' ' : c;
+    }
+    switch (c) {
+      case u'\u00C4': case u'\u00E4': pending = u'E'; return u'A';
+      case u'\u00D6': case u'\u00F6': pending = u'E'; return u'O';
+      case u'\u00DC': case u'\u00FC': pending = u'E'; return u'U';
+      case u'\u00DF': pending = u'Z'; return u'S';
+      default: return ToUpper(c, nullptr);
+    }
+  }
 };
 
+// Sorts by the primary characters eight at a time: all texts by their first eight, then each run of
+// texts that agree in those (and go on beyond them) by the next eight, and so on. Every sort is a
+// stable merge sort on the two packed words, so the keys' memory is read once per text and level,
+// not once per comparison. Texts whose primary characters agree up to the end of the shorter one
+// are decided by StrCompare itself (lengths and tie-break); numbers in numeric mode by their values.
 class TextSorter {
  public:
   TextSorter(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric, int skipLeadingBlanks,
@@ -362,18 +377,54 @@ class TextSorter {
   int Run(std::vector<int64_t>& index, KwProgress* progress) {
     const size_t n = texts_.size();
     BuildKeys();
-    std::vector<TextEntry> buffer(n);
-    // Insertion-sorted runs, then merge passes; both keep equal entries in order.
-    for (size_t lo = 0; lo < n; lo += kInsertionRun) InsertionSort(lo, std::min(n, lo + kInsertionRun));
-    int passes = 0;
-    for (size_t width = kInsertionRun; width < n; width *= 2) ++passes;
-    int pass = 0;
-    for (size_t width = kInsertionRun; width < n; width *= 2) {
-      for (size_t lo = 0; lo < n; lo += 2 * width)
-        Merge(lo, std::min(n, lo + width), std::min(n, lo + 2 * width), buffer);
-      entries_.swap(buffer);
-      ++pass;
-      if (progress != nullptr && progress->Step(pass * 100 / passes) == 0) return 0;
+    buffer_.resize(n);
+    struct Range {
+      size_t lo, hi, depth;
+    };
+    std::vector<Range> work, top;
+    if (numeric_ || n < kBucketFrom) {
+      top.push_back({0, n, 0});
+    } else {
+      // The first primary character splits the texts into buckets in one counting pass: where both
+      // texts have one it decides, and an empty text (first word 0) precedes every other one.
+      std::vector<size_t> start(65537, 0);
+      for (const auto& e : entries_) ++start[Bucket(e) + 1];
+      for (size_t b = 1; b <= 65536; ++b) start[b] += start[b - 1];
+      std::vector<size_t> fill(start.begin(), start.end() - 1);
+      for (const auto& e : entries_) buffer_[fill[Bucket(e)]++] = e;
+      entries_.swap(buffer_);
+      for (size_t b = 0; b < 65536; ++b)
+        if (start[b + 1] > start[b]) top.push_back({start[b], start[b + 1], 0});
+    }
+    size_t done = 0;
+    int shown = 0;
+    for (const Range& bucket : top) {
+      // A single range steps the pane per merge pass; buckets step it by the share sorted.
+      if (!MergeSort(bucket.lo, bucket.hi, top.size() == 1 ? progress : nullptr, 0)) return 0;
+      work.push_back(bucket);
+      while (!work.empty()) {
+        const Range r = work.back();
+        work.pop_back();
+        if (r.depth > 0) {
+          LoadChunks(r.lo, r.hi);
+          MergeSort(r.lo, r.hi, nullptr, r.depth);
+        }
+        // Runs that agree in this chunk and all go on beyond it are ordered by the next chunk.
+        const size_t next = (r.depth + 1) * kPrefixChars;
+        for (size_t i = r.lo; i < r.hi;) {
+          size_t j = i + 1;
+          if (entries_[i].length > next)
+            while (j < r.hi && entries_[j].length > next && SameChunk(entries_[i], entries_[j])) ++j;
+          if (j - i >= 2) work.push_back({i, j, r.depth + 1});
+          i = j;
+        }
+      }
+      done += bucket.hi - bucket.lo;
+      const auto percent = static_cast<int>(done * 100 / n);
+      if (top.size() > 1 && progress != nullptr && percent > shown) {
+        shown = percent;
+        if (progress->Step(percent) == 0) return 0;
+      }
     }
     index.resize(n);
     for (size_t i = 0; i < n; ++i) index[i] = entries_[i].id;
@@ -381,40 +432,84 @@ class TextSorter {
   }
 
  private:
+  // The bucket of an entry: its first primary character, in the order of the sort.
+  size_t Bucket(const TextEntry& e) const {
+    const auto first = static_cast<size_t>(e.prefix[0] >> 48);
+    return reverse_ ? 65535 - first : first;
+  }
+
+  static bool SameChunk(const TextEntry& a, const TextEntry& b) {
+    for (size_t w = 0; w < kChunkWords; ++w)
+      if (a.prefix[w] != b.prefix[w]) return false;
+    return true;
+  }
+
   void BuildKeys() {
     const size_t n = texts_.size();
     entries_.resize(n);
-    offsets_.resize(n);
-    size_t units = 0;
-    for (const auto& t : texts_) units += t.size();
-    keys_.Reserve(units + units / 8);
+    state_.resize(n);
     if (numeric_) {
       values_.resize(n);
       isNumber_.resize(n);
     }
     for (size_t i = 0; i < n; ++i) {
-      std::u16string_view text = texts_[i];
+      const std::u16string_view text = texts_[i];
       if (numeric_) {
         int level = kNumberEmpty;
         values_[i] = text.empty() ? 0.0 : GetDouble(text.data(), 0, static_cast<int64_t>(text.size()), 1, &level);
         isNumber_[i] = level <= kNumberEmpty ? 1 : 0;
       }
+      size_t start = 0;
       if (skip_)
-        while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
-      offsets_[i] = keys_.Size();
-      const size_t length = keys_.Add(text);
-      const uint16_t* key = keys_.At(offsets_[i]);
-      uint64_t prefix = 0;
-      for (size_t k = 0; k < kPrefixChars; ++k) {
-        const uint16_t be = k < length ? key[k] : 0;
-        prefix = (prefix << 16) | static_cast<uint16_t>((be >> 8) | (be << 8));
-      }
-      entries_[i] = {prefix, static_cast<uint32_t>(std::min<size_t>(length, UINT32_MAX)), static_cast<uint32_t>(i)};
+        while (start < text.size() && text[start] == u' ') ++start;
+      size_t length = text.size() - start;
+      for (size_t k = start; k < text.size(); ++k) length += PrimaryReader::Expands(text[k]) ? 1 : 0;
+      state_[i] = {text.data(), static_cast<uint32_t>(text.size()), static_cast<uint32_t>(start), 0};
+      TextEntry& e = entries_[i];
+      e.length = static_cast<uint32_t>(std::min<size_t>(length, UINT32_MAX));
+      e.id = static_cast<uint32_t>(i);
+      LoadChunk(e);
     }
   }
 
-  // StrCompare's result for the texts of two entries.
+  // Packs the next twelve primary characters of the entry's text into its words (zeros after the
+  // end). Chunks are loaded in order, depth by depth, so the reader's position is kept per text.
+  void LoadChunk(TextEntry& e) {
+    ReaderState& r = state_[e.id];
+    const std::u16string_view text(r.text, r.size);
+    for (auto& word : e.prefix) word = 0;
+    for (size_t k = 0; k < kPrefixChars; ++k) {
+      const bool more = r.pending != 0 || r.pos < r.size;
+      const uint64_t c = more ? PrimaryReader::Next(text, r.pos, r.pending) : 0;
+      uint64_t& word = e.prefix[k / 4];
+      word = (word << 16) | c;
+    }
+  }
+
+  // Loads the next chunk of a run of entries; their texts lie anywhere, so they are fetched ahead.
+  void LoadChunks(size_t lo, size_t hi) {
+    constexpr size_t kAhead = 8;
+    for (size_t i = lo; i < hi; ++i) {
+      if (i + 2 * kAhead < hi) __builtin_prefetch(&state_[entries_[i + 2 * kAhead].id]);
+      if (i + kAhead < hi) {
+        const ReaderState& ahead = state_[entries_[i + kAhead].id];
+        __builtin_prefetch(ahead.text + ahead.pos);
+      }
+      LoadChunk(entries_[i]);
+    }
+  }
+
+  // StrCompare's result for the texts of two entries, from scratch.
   int Collate(const TextEntry& a, const TextEntry& b) const {
+    const std::u16string_view x = texts_[a.id], y = texts_[b.id];
+    if (x == y) return 0;
+    return StrCompare(x.data(), static_cast<int64_t>(x.size()), y.data(), static_cast<int64_t>(y.size()),
+                      caseSensitive_, 0, skip_);
+  }
+
+  // The order of two entries at the present depth: -1 or 1 when decided, 0 when both agree in this
+  // chunk and go on beyond it (the next depth decides).
+  int Compare(const TextEntry& a, const TextEntry& b) const {
     if (numeric_) {
       const bool na = isNumber_[a.id], nb = isNumber_[b.id];
       if (na && nb) {
@@ -427,26 +522,45 @@ class TextSorter {
         return 1;
       }
     }
-    const uint32_t common = std::min(a.length, b.length);
-    if (a.prefix != b.prefix) {
-      // The first differing primary character decides when both texts still have it.
-      const auto at = static_cast<uint32_t>(__builtin_clzll(a.prefix ^ b.prefix) / 16);
-      if (at < common) return a.prefix < b.prefix ? -1 : 1;
+    const size_t base = depth_ * kPrefixChars;
+    const size_t shorter = std::min(a.length, b.length);
+    const size_t common = shorter > base ? shorter - base : 0;  // characters both still have here
+    // The first differing primary character decides when both texts still have it.
+    size_t w = 0;
+    while (w < kChunkWords && a.prefix[w] == b.prefix[w]) ++w;
+    if (w < kChunkWords) {
+      const auto at = 4 * w + static_cast<size_t>(__builtin_clzll(a.prefix[w] ^ b.prefix[w]) / 16);
+      if (at < common) return a.prefix[w] < b.prefix[w] ? -1 : 1;
     } else if (common > kPrefixChars) {
-      const int c = std::memcmp(keys_.At(offsets_[a.id] + kPrefixChars), keys_.At(offsets_[b.id] + kPrefixChars),
-                                (common - kPrefixChars) * sizeof(uint16_t));
-      if (c != 0) return c < 0 ? -1 : 1;
+      return 0;
     }
-    // One primary sequence is a prefix of the other: the lengths and the tie-break decide.
-    const std::u16string_view x = texts_[a.id], y = texts_[b.id];
-    if (x == y) return 0;
-    return StrCompare(x.data(), static_cast<int64_t>(x.size()), y.data(), static_cast<int64_t>(y.size()),
-                      caseSensitive_, 0, skip_);
+    // One primary sequence ends where the other agrees with it: lengths and tie-break decide.
+    return Collate(a, b);
   }
 
   // Whether b must come before a.
   bool Before(const TextEntry& b, const TextEntry& a) const {
-    return reverse_ ? Collate(a, b) < 0 : Collate(b, a) < 0;
+    return reverse_ ? Compare(a, b) < 0 : Compare(b, a) < 0;
+  }
+
+  // A stable merge sort of entries_[lo, hi): insertion-sorted runs, then merge passes.
+  bool MergeSort(size_t lo, size_t hi, KwProgress* progress, size_t depth) {
+    depth_ = depth;
+    for (size_t s = lo; s < hi; s += kInsertionRun) InsertionSort(s, std::min(hi, s + kInsertionRun));
+    int passes = 0;
+    for (size_t width = kInsertionRun; width < hi - lo; width *= 2) ++passes;
+    TextEntry* from = entries_.data();
+    TextEntry* to = buffer_.data();
+    int pass = 0;
+    for (size_t width = kInsertionRun; width < hi - lo; width *= 2) {
+      for (size_t s = lo; s < hi; s += 2 * width)
+        Merge(from, to, s, std::min(hi, s + width), std::min(hi, s + 2 * width));
+      std::swap(from, to);
+      ++pass;
+      if (progress != nullptr && progress->Step(pass * 100 / passes) == 0) return false;
+    }
+    if (from != entries_.data()) std::copy(from + lo, from + hi, entries_.data() + lo);
+    return true;
   }
 
   void InsertionSort(size_t lo, size_t hi) {
@@ -461,18 +575,18 @@ class TextSorter {
     }
   }
 
-  void Merge(size_t lo, size_t mid, size_t hi, std::vector<TextEntry>& out) const {
+  void Merge(const TextEntry* from, TextEntry* to, size_t lo, size_t mid, size_t hi) const {
     size_t i = lo, j = mid, k = lo;
-    while (i < mid && j < hi) out[k++] = Before(entries_[j], entries_[i]) ? entries_[j++] : entries_[i++];
-    while (i < mid) out[k++] = entries_[i++];
-    while (j < hi) out[k++] = entries_[j++];
+    while (i < mid && j < hi) to[k++] = Before(from[j], from[i]) ? from[j++] : from[i++];
+    while (i < mid) to[k++] = from[i++];
+    while (j < hi) to[k++] = from[j++];
   }
 
   const std::vector<std::u16string_view>& texts_;
   int caseSensitive_, numeric_, skip_, reverse_;
-  std::vector<TextEntry> entries_;
-  std::vector<size_t> offsets_;
-  PrimaryKeys keys_;
+  size_t depth_ = 0;  // the chunk of primary characters the entries' words hold
+  std::vector<TextEntry> entries_, buffer_;
+  std::vector<ReaderState> state_;  // per text
   std::vector<double> values_;
   std::vector<char> isNumber_;
 };
@@ -481,8 +595,11 @@ class TextSorter {
 
 int SortTextsStable(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric,
                     int skipLeadingBlanks, int reverse, std::vector<int64_t>& index, KwProgress* progress) {
-  KW_ASSERT(texts.size() < UINT32_MAX);
-  if (texts.size() >= UINT32_MAX) return 0;
+  // Positions and counts are 32-bit inside the sort.
+  bool fits = texts.size() < UINT32_MAX;
+  for (const auto& text : texts) fits = fits && text.size() < UINT32_MAX / 2;
+  KW_ASSERT(fits);
+  if (!fits) return 0;
   try {
     TextSorter sorter(texts, caseSensitive, numeric, skipLeadingBlanks, reverse);
     return sorter.Run(index, progress);

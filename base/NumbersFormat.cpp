@@ -267,10 +267,9 @@ int SetDouble(double value, std::u16string& s, int64_t start, int64_t len, int r
 
 std::u16string FormatDouble(double value, int decimals, int width, int trimMode) {
   const int precision = std::clamp(decimals, 0, 340);
-  const int needed = std::snprintf(nullptr, 0, "%.*f", precision, value);
-  std::vector<char> bytes(static_cast<size_t>(std::max(needed, 0)) + 1);
-  std::snprintf(bytes.data(), bytes.size(), "%.*f", precision, value);
-  std::u16string text(bytes.begin(), bytes.begin() + std::max(needed, 0));
+  char bytes[720];  // sign, 309 integral digits, point and at most 340 decimals
+  const int written = std::snprintf(bytes, sizeof bytes, "%.*f", precision, value);
+  std::u16string text(bytes, bytes + std::clamp(written, 0, static_cast<int>(sizeof bytes) - 1));
   if (width > 0 && static_cast<int>(text.size()) < width) text.insert(0, width - text.size(), u' ');
   if (trimMode != 0 && decimals > 0) {
     while (!text.empty() && text.back() == u'0') text.pop_back();

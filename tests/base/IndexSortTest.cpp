@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/CodePages.h"
 #include "base/IndexSort.h"
 #include "base/Text.h"
 #include "support/TestSupport.h"
@@ -286,6 +287,88 @@ TEST(ArraySorts, SortStrArraySortUIntArrayAndMembership) {
   EXPECT_EQ(kw::IsUIntInArray(3, u), 1);
   EXPECT_EQ(kw::IsUIntInArray(4, u), 0);
   EXPECT_EQ(kw::IsUIntInArray(4, {}), 0);
+}
+
+}  // namespace
+
+namespace {
+
+// Texts that exercise the collation: umlauts and their expansions, "ß", "_", case, blanks, numbers.
+std::vector<std::u16string> CollationTexts(int n, unsigned seed) {
+  std::mt19937 random(seed);
+  const std::u16string pieces[] = {u"a",  u"A",  u"\u00e4", u"\u00c4", u"ae", u"AE", u"Ae", u"o",  u"\u00f6",
+                                   u"oe", u"u",  u"\u00fc", u"\u00dc", u"ue", u"s",  u"ss", u"sz", u"\u00df",
+                                   u"z",  u"_",  u" ",      u"1",      u"12", u"2",  u",5", u".5", u"-",
+                                   u"M\u00fcller", u"Mueller", u"Masse", u"Ma\u00dfe", u"\u00ff", u"\u00f7", u"x"};
+  std::vector<std::u16string> texts(static_cast<size_t>(n));
+  for (auto& t : texts)
+    for (size_t k = random() % 5; k > 0; --k) t += pieces[random() % std::size(pieces)];
+  return texts;
+}
+
+// Every comparison of the fast path agrees with StrCompare: two texts come out in StrCompare's order.
+TEST(SortTextsStable, ComparesAsStrCompareDoes) {
+  const auto texts = CollationTexts(110, 17);
+  int checked = 0;
+  for (int flags = 0; flags < 16; ++flags) {
+    const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
+    for (const auto& a : texts)
+      for (const auto& b : texts) {
+        Index index;
+        kw::SortTextsStable({a, b}, caseSensitive, numeric, skip, reverse, index, nullptr);
+        const int c = kw::StrCompare(a, b, caseSensitive, numeric, skip);
+        ASSERT_EQ(index[0] == 1, reverse ? c < 0 : c > 0)
+            << kw::ToUtf8(a) << " | " << kw::ToUtf8(b) << " flags " << flags;
+        ++checked;
+      }
+  }
+  EXPECT_EQ(checked, 16 * 110 * 110);
+}
+
+// Where the collation is transitive, the whole order is the stable one. (It is not transitive when a
+// text ends in an expanded umlaut or "ß": " \u00e4" < "_A" < "_A\u00c4" < " \u00e4"; so every text
+// here ends in "x".)
+TEST(SortTextsStable, EqualsAStableSortByStrCompare) {
+  auto texts = CollationTexts(6000, 21);  // enough for the first-character buckets
+  for (auto& t : texts) t += u'x';
+  texts[17].clear();  // an empty text precedes all others
+  texts[18] = u"   ";
+  const std::vector<std::u16string_view> views(texts.begin(), texts.end());
+  for (int flags = 0; flags < 16; ++flags) {
+    const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
+    Index index;
+    ASSERT_EQ(kw::SortTextsStable(views, caseSensitive, numeric, skip, reverse, index, nullptr), 1);
+    const Index expected = StableOrder(6000, [&](int64_t a, int64_t b) {
+      return reverse ? kw::StrCompare(texts[b], texts[a], caseSensitive, numeric, skip) < 0
+                     : kw::StrCompare(texts[a], texts[b], caseSensitive, numeric, skip) < 0;
+    });
+    EXPECT_EQ(index, expected) << "flags " << flags;
+  }
+}
+
+TEST(SortTextsStable, StepsThePaneAndStops) {
+  // 3000 texts are one range: runs of 32 and 7 merge passes, the last one at 100 percent. 5000 texts
+  // (and numeric mode) go by buckets of the first character, stepped by the share done.
+  for (const int n : {3000, 5000}) {
+    const auto texts = CollationTexts(n, 4);
+    const std::vector<std::u16string_view> views(texts.begin(), texts.end());
+    Index index;
+    CountingPane pane;
+    EXPECT_EQ(kw::SortTextsStable(views, 0, 0, 0, 0, index, &pane), 1);
+    if (n == 3000) {
+      EXPECT_EQ(pane.percents.size(), 7u);
+    }
+    ASSERT_GE(pane.percents.size(), 2u);
+    EXPECT_EQ(pane.percents.back(), 100);
+    EXPECT_TRUE(std::is_sorted(pane.percents.begin(), pane.percents.end()));
+    CountingPane stopper(2);
+    EXPECT_EQ(kw::SortTextsStable(views, 0, 0, 0, 0, index, &stopper), 0);
+    EXPECT_EQ(stopper.percents.size(), 2u);
+  }
+  Index none;
+  CountingPane idle;
+  EXPECT_EQ(kw::SortTextsStable({}, 0, 0, 0, 0, none, &idle), 1);
+  EXPECT_TRUE(none.empty());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // kw sort: sorts the lines of a text file in the library collation, stably, and writes them in the
 // file's own encoding, byte-order mark and line end.
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -115,25 +116,40 @@ int RunSort(const std::vector<std::string>& argv) {
   if (!in.Open(name, kw::KwFile::kRead, lineEnd, 0, options.encoding)) return Fail("cannot open " + files[0]);
   const int fileEncoding = in.GetEncoding();
   const bool mark = in.HasByteOrderMark();
-  std::u16string text;
-  {
-    std::vector<char16_t> block(1 << 20);
-    for (int64_t got; (got = in.ReadBlock(block.data(), static_cast<int64_t>(block.size()))) > 0;)
-      text.append(block.data(), static_cast<size_t>(got));
+  // Decoded straight into one buffer: no encoding gives more UTF-16 units than the file has bytes.
+  std::error_code sizeError;
+  const auto fileBytes = std::filesystem::file_size(std::filesystem::path(files[0]), sizeError);
+  size_t capacity = sizeError ? (size_t{1} << 20) : static_cast<size_t>(fileBytes) + 1;
+  std::unique_ptr<char16_t[]> buffer(new char16_t[capacity]);
+  size_t size = 0;
+  for (int64_t got; (got = in.ReadBlock(buffer.get() + size, static_cast<int64_t>(capacity - size))) > 0;) {
+    size += static_cast<size_t>(got);
+    if (size == capacity) {  // the file grew while being read
+      std::unique_ptr<char16_t[]> larger(new char16_t[capacity * 2]);
+      std::copy(buffer.get(), buffer.get() + size, larger.get());
+      buffer.swap(larger);
+      capacity *= 2;
+    }
   }
+  std::u16string_view text(buffer.get(), size);
   in.Close();
   // DOS text may end in Ctrl-Z; it stays at the end rather than being sorted as a line.
   const bool endsWithCtrlZ = !text.empty() && text.back() == kCtrlZ;
-  if (endsWithCtrlZ) text.pop_back();
+  if (endsWithCtrlZ) text.remove_suffix(1);
 
   const std::vector<std::u16string_view> lines = SplitLines(text);
-  std::vector<std::u16string_view> keys(lines.size());
-  for (size_t i = 0; i < lines.size(); ++i)
-    keys[i] = options.columnFrom >= lines[i].size()
-                  ? std::u16string_view()
-                  : lines[i].substr(options.columnFrom, options.columnTo == std::u16string_view::npos
-                                                            ? std::u16string_view::npos
-                                                            : options.columnTo - options.columnFrom);
+  // The keys: the lines themselves, or the columns asked for.
+  std::vector<std::u16string_view> columnKeys;
+  if (hasColumns) {
+    columnKeys.resize(lines.size());
+    for (size_t i = 0; i < lines.size(); ++i)
+      columnKeys[i] = options.columnFrom >= lines[i].size()
+                          ? std::u16string_view()
+                          : lines[i].substr(options.columnFrom, options.columnTo == std::u16string_view::npos
+                                                                    ? std::u16string_view::npos
+                                                                    : options.columnTo - options.columnFrom);
+  }
+  const std::vector<std::u16string_view>& keys = hasColumns ? columnKeys : lines;
 
   std::unique_ptr<kw::KwProgress> progress;
   if (lines.size() >= kProgressLines) progress = kw::GetPlatform().CreateProgress(u"Sort");
@@ -143,22 +159,41 @@ int RunSort(const std::vector<std::string>& argv) {
     return Fail("sort stopped");
   progress.reset();
 
+  // Out in blocks: one converter call per block rather than per line.
   const std::u16string_view end = lineEnd == 10 ? std::u16string_view(u"\n") : std::u16string_view(u"\r\n");
+  auto writeAll = [&](auto&& write) {
+    constexpr size_t kBlock = 1 << 20;
+    std::u16string block;
+    block.reserve(kBlock + 4096);
+    for (const int64_t i : order) {
+      const std::u16string_view line = lines[static_cast<size_t>(i)];
+      if (line.size() > kBlock) {
+        if (!write(block) || !write(line)) return false;
+        block.clear();
+      } else {
+        block += line;
+      }
+      block += end;
+      if (block.size() >= kBlock) {
+        if (!write(block)) return false;
+        block.clear();
+      }
+    }
+    if (endsWithCtrlZ) block += kCtrlZ;
+    return block.empty() || write(block);
+  };
   if (hasOutput) {
     kw::KwFile out;
     if (!out.Open(kw::FromUtf8(output), kw::KwFile::kWrite, lineEnd, 0, fileEncoding))
       return Fail("cannot create " + output);
     out.SetEncoding(fileEncoding, mark);
-    bool ok = true;
-    for (const int64_t i : order) ok = ok && out.WriteLine(lines[static_cast<size_t>(i)]);
-    if (endsWithCtrlZ) ok = ok && out.Write(std::u16string_view(&kCtrlZ, 1));
+    const bool ok = writeAll([&out](std::u16string_view s) { return out.Write(s); });
     if (!out.Close() || !ok) return Fail("cannot write " + output);
     return 0;
   }
   EncodedStream out(stdout, fileEncoding);
   bool ok = !mark || fileEncoding < 1 || fileEncoding > 3 || out.Write(u"\uFEFF");
-  for (const int64_t i : order) ok = ok && out.Write(lines[static_cast<size_t>(i)]) && out.Write(end);
-  if (endsWithCtrlZ) ok = ok && out.Write(std::u16string_view(&kCtrlZ, 1));
+  ok = ok && writeAll([&out](std::u16string_view s) { return out.Write(s); });
   if (std::fflush(stdout) != 0 || !ok) return Fail("cannot write to standard output");
   return 0;
 }
