@@ -101,7 +101,8 @@ int64_t KwConfigData::MergeCollection(const std::u16string& name, const std::u16
     if (GetDataSet(name, scope) != nullptr) continue;
     std::vector<std::u16string> members;
     std::vector<std::u16string> lines;
-    for (KwDataSet* set = GetNextDataSet(1, scope); set != nullptr; set = GetNextDataSet(0, scope)) {
+    KwDataIterator it = GetIterator(scope);  // not the store's own cursor: a caller may be using it
+    for (KwDataSet* set = it.Next(); set != nullptr; set = it.Next()) {
       const KwCfgSection* section = SectionOf(*set);
       if (section == nullptr || section->GetIndex() != KwCfgSection::kMemberIndex) continue;
       KW_ASSERT(section->GetLineCount() == 1);

@@ -261,6 +261,7 @@ void KwData::CheckFileNames() {
                             fs::weakly_canonical(PathOf(m_FileNames[j]), ec);
       if (same) {
         m_FileNames[i].clear();
+        m_Writable[i] = 0;  // what is stored there could never be written
         break;
       }
     }

@@ -144,7 +144,7 @@ class KwData {
   void SetFileNames(const std::u16string& fileName, int projectBound, int createFolders = 0);
   void SetFileNames(const std::u16string (&names)[kFileScopeCount], int projectBound = 0, int createFolders = 0);
   // Two scopes naming one file would load every set twice and write the file twice: the lower scope
-  // gives its name up. Empty names are left alone.
+  // gives its name up and is no longer writable. Empty names are left alone.
   void CheckFileNames();
   std::u16string GetFileName(int scope) const;  // empty for scope 4 and for scopes without a file
   void GetFileNames(std::u16string (&names)[kFileScopeCount]) const;

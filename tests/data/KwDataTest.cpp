@@ -121,6 +121,8 @@ TEST_F(DataStore, FileNamesFromTheFoldersAndOneFileInTwoScopes) {
   store.SetFileNames(u"X.INI", 1);
   EXPECT_EQ(store.GetFileName(0), u"/prog/X.INI");
   EXPECT_EQ(store.GetFileName(1), u"");  // the regional scope keeps the shared file
+  EXPECT_EQ(store.IsScopeWritable(1), 0);
+  EXPECT_EQ(store.IsScopeWritable(2), 1);
   EXPECT_EQ(store.GetFileName(2), u"/data/X.INI");
   EXPECT_EQ(store.GetFileName(3), u"/proj/X.INI");
   store.SetFileNames(u"X.INI", 0);
@@ -358,6 +360,38 @@ TEST_F(DataStore, ContractsAndCopies) {
   static_cast<KwCfgSection*>(copy.GetData(u"A", 1))->SetLine(u"x=3");
   EXPECT_EQ(copy.IsEqual(store), 0);
   EXPECT_EQ(First(store, u"A", 1), "x=2");  // deep copy
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(DataStore, LoadingShowsProgressAndStopsWhenAsked) {
+  WriteBytes(Temp("g.ini"), "[A]\nx=1\n");
+  WriteBytes(Temp("l.ini"), "[B]\nx=1\n");
+  std::u16string names[4];
+  Names(names);
+  KwConfigData store;
+  store.SetFileNames(names, 0);
+  store.SetInfoText(u"Settings");
+  EXPECT_EQ(store.LoadData(1), 1);
+  EXPECT_EQ(store.GetCount(), 2);
+  ASSERT_FALSE(platform_.progressSteps.empty());
+  EXPECT_EQ(platform_.progressSteps.back(), 100);
+  EXPECT_EQ(platform_.progressTitles.front(), u"Settings");
+
+  KwConfigData stopped;
+  stopped.SetFileNames(names, 0);
+  platform_.stepCalls = 0;
+  platform_.stopProgressAtStep = 3;  // scopes 0 and 1 are read, then the user stops
+  EXPECT_EQ(stopped.LoadData(1), 0);
+  EXPECT_EQ(stopped.GetCount(), 1);
+
+  KwConfigData quiet;  // no progress kind: no pane
+  quiet.SetFileNames(names, 0);
+  const size_t panes = platform_.progressTitles.size();
+  EXPECT_EQ(quiet.LoadData(0), 1);
+  EXPECT_EQ(platform_.progressTitles.size(), panes);
 }
 
 }  // namespace
