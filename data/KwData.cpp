@@ -680,7 +680,11 @@ void* KwData::GetNextData(int first, int scope) {
 }
 
 int KwData::CompareKeys(const std::u16string& a, const std::u16string& b) const {
-  return StrCompare(a, b, m_IgnoreCase ? 0 : 1, 0, 0);
+  const int c = StrCompare(a, b, m_IgnoreCase ? 0 : 1, 0, 0);
+  // Two different names must never become one key (one of the sets would be dropped at load):
+  // should the collation call them equal, their code units decide.
+  if (c == 0 && !m_IgnoreCase && a != b) return a < b ? -1 : 1;
+  return c;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -271,3 +271,23 @@ TEST_F(ConfigData, EveryEncodingLoadsAndIsWrittenBackAsUtf8) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ConfigData, SectionNamesCountCaseUnlessTheStoreIgnoresIt) {
+  WriteBytes(Temp("g.ini"), "[Units]\nA=1\n[UNITS]\nB=2\n[Straße]\nC=3\n[Strasse]\nD=4\n");
+  KwConfigData store;
+  Load(store);
+  EXPECT_EQ(store.GetCount(), 4);
+  EXPECT_EQ(store.GetCfgSection(u"units"), nullptr);
+  EXPECT_EQ(store.GetCfgSection(u"Strasse")->GetLineText(0), u"D=4");
+
+  KwConfigData blind;
+  blind.SetIgnoreCase(1);
+  Load(blind);
+  EXPECT_EQ(blind.GetCount(), 3);  // the second of two names that differ in case only is dropped
+  ASSERT_NE(blind.GetCfgSection(u"units"), nullptr);
+  EXPECT_EQ(blind.GetCfgSection(u"units")->GetLineText(0), u"A=1");
+}
+
+}  // namespace
