@@ -61,6 +61,10 @@ TEST_F(KwTool, DetectReportsMissingFiles) {
   EXPECT_EQ(r.out, Sample("german-ansi.txt") + ": ANSI CR LF\n");
   EXPECT_NE(r.err.find("none.txt not found"), std::string::npos) << r.err;
   EXPECT_EQ(Kw("detect").exit, 2);
+  const Result folder = Kw("detect " + Quote(dir_.string()) + " " + Quote(Sample("german-utf8.txt")));
+  EXPECT_EQ(folder.exit, 0) << "a folder is skipped";
+  EXPECT_EQ(folder.out, Sample("german-utf8.txt") + ": UTF-8 CR LF\n");
+  EXPECT_NE(folder.err.find("folder"), std::string::npos);
 }
 
 TEST_F(KwTool, ConvertsEverySampleToEveryOtherByteForByte) {

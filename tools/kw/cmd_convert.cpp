@@ -172,7 +172,9 @@ int RunConvert(const std::vector<std::string>& args) {
 
 }  // namespace
 
-KW_COMMAND("convert", "kw convert FILE --to ENC [--from ENC] [-o OUT] [--no-bom] [--in-place] [--force]",
-            "re-encode a text file (to standard output, to OUT, or in place keeping FILE.BAK)", &RunConvert);
+KW_COMMAND("convert", "kw convert FILE --to ENC [--from ENC] [-o OUT|--in-place]",
+            "re-encode a text file to stdout, to OUT (--force: overwrite) or in place keeping FILE.BAK; "
+            "--no-bom: no byte-order mark",
+            &RunConvert);
 
 }  // namespace kwtool

@@ -37,8 +37,8 @@ int RunDetect(const std::vector<std::string>& args) {
       result = Fail(kw::ToUtf8(kw::Format(kw::LoadString(1102).c_str(), name)));
       continue;
     }
-    if (kw::IsDirectory(name)) {
-      result = Fail(file + " is a folder, not a file");
+    if (kw::IsDirectory(name)) {  // skipped without failing, so that "kw detect samples/*" works
+      std::fprintf(stderr, "kw: %s is a folder; skipped\n", file.c_str());
       continue;
     }
     unsigned char lineEnd = 13;
