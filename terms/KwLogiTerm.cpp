@@ -317,7 +317,9 @@ int KwLogiTerm::CheckFinal(int64_t items, const std::u16string& term, int show) 
   return 1;
 }
 
-KwLogiTerm::Value KwLogiTerm::EvaluateItem(int k, const int64_t* values) const {
+// Both run for every item of every line: inline, so that the shared library does not call them
+// through its procedure table.
+inline KwLogiTerm::Value KwLogiTerm::EvaluateItem(int k, const int64_t* values) const {
   Value v;
   v.kind = kKindItem;
   v.first = k;
@@ -328,7 +330,7 @@ KwLogiTerm::Value KwLogiTerm::EvaluateItem(int k, const int64_t* values) const {
   return v;
 }
 
-double KwLogiTerm::Number(Value& v, const TermField* fields) const {
+inline double KwLogiTerm::Number(Value& v, const TermField* fields) const {
   if (v.pending) {
     const TermField& f = fields[v.first];
     int error = 0;

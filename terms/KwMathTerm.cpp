@@ -50,6 +50,8 @@ int KwMathTerm::SetTerm(const std::u16string& term, int keepBraces, int show) {
   // 1. Clear, copy without blanks and controls, upper-cased.
   m_Valid = 0;
   for (int& need : m_Need) need = 0;
+  m_AnyNeed = 0;
+  m_DifferentRow = 0;
   m_RefCount = 0;
   m_ConstCount = 0;
   m_MinLineLen = 0;
@@ -106,7 +108,7 @@ int KwMathTerm::SetTerm(const std::u16string& term, int keepBraces, int show) {
       int lineVar = -1;
       const uint32_t error = ParseReference(buf, i, close, 0, m_Ref[m_RefCount], &lineVar);
       if (error) return Fail(show, error, term);
-      if (lineVar >= 0) m_Need[lineVar] = 1;
+      if (lineVar >= 0) m_Need[lineVar] = m_AnyNeed = 1;
       for (int64_t k = i; k <= close; ++k) buf[k] = u' ';
       buf[i] = static_cast<char16_t>(u'A' + m_RefCount++);
       i = close + 1;
@@ -155,6 +157,9 @@ int KwMathTerm::SetTerm(const std::u16string& term, int keepBraces, int show) {
   buf[packed] = 0;
   m_CompiledLen = packed;
   m_StackNeed = deepest;
+  m_DifferentRow = 0;
+  for (int64_t k = 0; k < m_RefCount; ++k)
+    if (m_Ref[k].rowOffset != 0 || m_Ref[k].absRow != 0) m_DifferentRow = 1;
   KW_ASSERT(m_StackNeed <= kTermStackSize);
   m_Valid = 1;
   return 1;
@@ -164,11 +169,11 @@ template <class FieldReader>
 double KwMathTerm::Evaluate(const int64_t* values, int* invalid, int show, int forceGon, FieldReader read) const {
   static const int64_t kNoValues[kTermCallerValues] = {-1, -1, -1, -1, -1};
   if (!values) values = kNoValues;
-  const bool valuesOk = (!m_Need[kValLineNo] || values[kValLineNo] > 0) &&
-                        (!m_Need[kValLineLen] || values[kValLineLen] >= 0) &&
-                        (!m_Need[kValMarked] || values[kValMarked] >= 0) &&
-                        (!m_Need[kValSelected] || values[kValSelected] >= 0) &&
-                        (!m_Need[kValFifth] || values[kValFifth] >= 0);
+  const bool valuesOk = !m_AnyNeed || ((!m_Need[kValLineNo] || values[kValLineNo] > 0) &&
+                                       (!m_Need[kValLineLen] || values[kValLineLen] >= 0) &&
+                                       (!m_Need[kValMarked] || values[kValMarked] >= 0) &&
+                                       (!m_Need[kValSelected] || values[kValSelected] >= 0) &&
+                                       (!m_Need[kValFifth] || values[kValFifth] >= 0));
   KW_ASSERT(valuesOk);
   if (!valuesOk) {
     if (invalid) *invalid = 1;
@@ -243,10 +248,15 @@ double KwMathTerm::CalculateResult(const std::vector<std::u16string>& fields, co
 
 double KwMathTerm::CalculateResult(const char16_t* line, const int64_t* values, int* invalid, int show,
                                    int forceGon) const {
-  bool ok = m_Valid && !HasDifferentRow() && (line || m_MinLineLen < 1);
-  // The line must reach the last column read; a zero before it is a short line.
-  for (int64_t i = 0; ok && i < m_MinLineLen; ++i)
-    if (line[i] == 0) ok = false;
+  bool ok = m_Valid && !m_DifferentRow && (line || m_MinLineLen < 1);
+  // The line must reach the last column read; a zero before it is a short line. Four characters a
+  // round, never reading past the zero.
+  int64_t len = 0;
+  if (ok) {
+    while (len + 4 <= m_MinLineLen && line[len] && line[len + 1] && line[len + 2] && line[len + 3]) len += 4;
+    while (len < m_MinLineLen && line[len]) ++len;
+    ok = len == m_MinLineLen;
+  }
   KW_ASSERT(ok);
   if (!ok) {
     if (invalid) *invalid = 1;
@@ -293,10 +303,7 @@ int KwMathTerm::NeedSelLin() const {
 
 int KwMathTerm::HasDifferentRow() const {
   KW_ASSERT(m_Valid);
-  if (!m_Valid) return 0;
-  for (int64_t k = 0; k < m_RefCount; ++k)
-    if (m_Ref[k].rowOffset != 0 || m_Ref[k].absRow != 0) return 1;
-  return 0;
+  return m_Valid ? m_DifferentRow : 0;
 }
 
 int64_t KwMathTerm::GetTextNumberAreas(int64_t* firsts, int64_t* lasts, int64_t* rowOffsets, int64_t* absRows) const {

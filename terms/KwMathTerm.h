@@ -84,6 +84,8 @@ class KwMathTerm : public KwTerm {
   int m_ConstCount = 0;
   int m_Valid = 0;  // set only when the last SetTerm succeeded
   int m_Need[kTermCallerValues] = {};
+  int m_AnyNeed = 0;       // any of m_Need
+  int m_DifferentRow = 0;  // a reference names another line
   int64_t m_MinLineLen = 0;
   int64_t m_MaxWidth = 0;
   int m_StackNeed = 0;  // deepest stack of the compiled program; invariant: <= kTermStackSize
