@@ -1,5 +1,6 @@
 // kw sort: sorts the lines of a text file in the library collation, stably, and writes them in the
 // file's own encoding, byte-order mark and line end.
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -48,6 +49,15 @@ bool ParseColumns(const std::string& text, SortOptions& options) {
     return false;
   }
   return true;
+}
+
+// "ansi", "utf-8", "utf-16le", "utf-16be", "dos" or the numbers 0..4, case-blind; -1 when unknown.
+int ParseEncoding(std::string name) {
+  for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  static const char* const kNames[] = {"ansi", "utf-8", "utf-16le", "utf-16be", "dos"};
+  for (int i = 0; i < 5; ++i)
+    if (name == kNames[i] || name == std::string(1, static_cast<char>('0' + i))) return i;
+  return -1;
 }
 
 // The lines of a text: CR LF, CR and LF end a line; a last line without a line end counts.
@@ -103,10 +113,8 @@ int RunSort(const std::vector<std::string>& argv) {
   if (!args.error.empty()) return Fail(args.error, 2);
   if (files.size() != 1) return Fail("sort needs exactly one FILE", 2);
   if (hasColumns && !ParseColumns(columns, options)) return Fail("--column wants FROM-TO, counted from 1", 2);
-  if (hasEncoding) {
-    if (encoding.size() != 1 || encoding[0] < '0' || encoding[0] > '4') return Fail("--encoding wants 0 to 4", 2);
-    options.encoding = encoding[0] - '0';
-  }
+  if (hasEncoding && (options.encoding = ParseEncoding(encoding)) < 0)
+    return Fail("sort: unknown encoding '" + encoding + "' (ansi, utf-8, utf-16le, utf-16be, dos)", 2);
 
   // Read the whole text in the file's encoding.
   const std::u16string name = kw::FromUtf8(files[0]);
@@ -201,7 +209,7 @@ int RunSort(const std::vector<std::string>& argv) {
 }  // namespace
 
 KW_COMMAND("sort",
-            "kw sort FILE [-o OUT] [--numeric] [--case] [--skip-blanks] [--column FROM-TO] [--reverse] [--encoding N]",
+            "kw sort FILE [-o OUT] [--numeric] [--case] [--skip-blanks] [--column FROM-TO] [--reverse] [--encoding ENC]",
             "sort the lines of a file in the library collation (stable), keeping its encoding and line end",
             &RunSort);
 
