@@ -48,6 +48,8 @@ TEST_F(KwIni, GetReadsTheFirstValueOfAKey) {
   EXPECT_EQ(run.out, "deg\n");
   run = Kw("ini get " + Sample("DAMAGED.INI") + " Units ANGLE");
   EXPECT_EQ(run.out, "gon\n");  // the first line of a key wins
+  run = Kw("ini get " + Sample("PROJEKT-UTF16.INI") + " Project LEITER");
+  EXPECT_EQ(run.out, "J\xC3\xBCrgen Ma\xC3\x9F\n");  // read as UTF-16, printed as UTF-8
   EXPECT_EQ(Kw("ini get " + Sample("CONFIG.INI") + " Units NOPE").code, 1);
   EXPECT_EQ(Kw("ini get " + Sample("CONFIG.INI") + " Nope ANGLE").code, 1);
 }
@@ -59,8 +61,20 @@ TEST_F(KwIni, SetKeepsEverythingElseInOrder) {
   ASSERT_EQ(Kw("ini set " + file.string() + " B NEW \"a b\"").code, 0);
   ASSERT_EQ(Kw("ini set " + file.string() + " C K v").code, 0);
   EXPECT_EQ(ReadBytes(file),
-            "\xEF\xBB\xBF! head comment\r\n[B]\r\nX=1\r\n! inner\r\nY=20\r\nNEW=a b\r\n\r\n[A]\r\nZ=3\r\n[C]\r\nK=v\r\n");
+            "! head comment\r\n[B]\r\nX=1\r\n! inner\r\nY=20\r\nNEW=a b\r\n\r\n[A]\r\nZ=3\r\n[C]\r\nK=v\r\n");
   EXPECT_EQ(Kw("ini get " + file.string() + " B NEW").out, "a b\n");
+
+  // The file keeps its encoding: UTF-16 stays UTF-16, ANSI stays ANSI.
+  const auto wide = Temp("wide.ini");
+  std::filesystem::copy_file(Sample("PROJEKT-UTF16.INI"), wide);
+  ASSERT_EQ(Kw("ini set " + wide.string() + " Units ANGLE deg").code, 0);
+  const std::string bytes = ReadBytes(wide);
+  EXPECT_EQ(bytes.substr(0, 2), "\xFF\xFE");
+  EXPECT_NE(bytes.find(std::string("A\0N\0G\0L\0E\0=\0d\0e\0g\0", 18)), std::string::npos);
+  EXPECT_EQ(Kw("ini get " + wide.string() + " Project LEITER").out, "J\xC3\xBCrgen Ma\xC3\x9F\n");
+  WriteBytes(Temp("ansi.ini"), "[S]\r\nA=Gr\xF6\xDF" "e\r\n");
+  ASSERT_EQ(Kw("ini set " + Temp("ansi.ini").string() + " S B \xC3\xA4").code, 0);
+  EXPECT_EQ(ReadBytes(Temp("ansi.ini")), "[S]\r\nA=Gr\xF6\xDF" "e\r\nB=\xE4\r\n");
 
   ASSERT_EQ(Kw("ini set " + Temp("fresh.ini").string() + " S K v").code, 0);
   EXPECT_EQ(ReadBytes(Temp("fresh.ini")), "\xEF\xBB\xBF[S]\r\nK=v\r\n");

@@ -77,7 +77,8 @@ int RunGet(const std::vector<std::string>& args) {
 
 // Edits the file line by line, so that comments and the order of everything else stay as they are:
 // the first line of the key in the first section of that name is replaced; a new key goes after the
-// section's last entry; a new section goes to the end. The file is written as UTF-8.
+// section's last entry; a new section goes to the end. The file keeps its encoding and mark (a new
+// file is UTF-8 with its mark).
 int RunSet(const std::vector<std::string>& args) {
   if (args.size() != 4) return kwtool::Fail("usage: kw ini set FILE SECTION KEY VALUE", 2);
   const std::string& file = args[0];
@@ -90,6 +91,8 @@ int RunSet(const std::vector<std::string>& args) {
   const std::u16string entry = key + u"=" + In(args[3]);
 
   std::vector<std::u16string> lines;
+  int encoding = 1;  // a new file: UTF-8 with its mark, as the store writes
+  bool mark = true;
   std::error_code ec;
   const bool exists = std::filesystem::exists(file, ec);
   if (exists) {
@@ -100,6 +103,8 @@ int RunSet(const std::vector<std::string>& args) {
     if (!in.Open(In(file), 0, 13, 26, kw::KwData::GuessFileEncoding(In(file)))) return kwtool::Fail("cannot read " + file);
     std::u16string line;
     while (in.ReadLine(line)) lines.push_back(line);
+    encoding = in.GetEncoding();
+    mark = in.HasByteOrderMark();
     in.Close();
   }
   // Where the section is, where its last entry is, and the line of the key.
@@ -130,14 +135,16 @@ int RunSet(const std::vector<std::string>& args) {
   }
   kw::KwFile out;
   if (!out.Open(In(file), 4, 13, 26)) return kwtool::Fail("cannot write " + file);
-  out.SetEncoding(1);
+  out.SetEncoding(encoding, mark);
   for (const auto& line : lines)
     if (!out.WriteLine(line)) {
       out.Close();
       return kwtool::Fail("write error in " + file);
     }
   out.SetEOF();
+  const bool lossy = out.UsedDefaultChar();
   out.Close();
+  if (lossy) std::fprintf(stderr, "kw: warning: %s cannot hold every character of the value\n", file.c_str());
   return 0;
 }
 
