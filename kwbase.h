@@ -31,3 +31,5 @@
 #include "terms/KwMathTerm.h"
 #include "terms/KwLogiTerm.h"
 #include "terms/KwLogiTermEx.h"
+
+#include "editor/KwUndoMemory.h"
