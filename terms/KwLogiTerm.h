@@ -10,6 +10,8 @@
 // code n, the relations = == # != < > <= =< >= => $= (contains) $# (contains not), and the
 // connectives & && AND, | || OR and the prefix ! NOT (any word beginning with the first, second or
 // third pair of letters of string 2175). NOT binds tighter than every binary operator: NOT([1]=1).
+// Blanks are dropped before words are read, so "OR NOT(" is the single word "ORNOT" and means OR;
+// write "OR (NOT(...))" or "| !(...)".
 // A comparison of a short field with a text widens the item to the text's length when the term is
 // compiled with messages on ([5]='ABC' then reads columns 5 to 7).
 #pragma once

@@ -172,6 +172,21 @@ TEST_F(LogiTermTest, BadTermsFailWithTheirMessageAndStayInvalid) {
   EXPECT_EQ(platform_.boxes[0].text, kw::LoadString(2160));
 }
 
+// The connective words come from string 2175, so a translation changes them.
+TEST_F(LogiTermTest, ConnectiveWordsFollowTheStringTable) {
+  kw::SetString(2175, u"UNODNI");
+  KwLogiTerm t;
+  EXPECT_EQ(t.SetTerm(u"[1]=1 UND [2]=2 ODER (NICHT([3]=3))", 1), 1);
+  EXPECT_EQ(t.CalculateResult(u"124", nullptr, 1), 1);
+  EXPECT_EQ(t.CalculateResult(u"104", nullptr, 1), 1);
+  EXPECT_EQ(t.CalculateResult(u"103", nullptr, 1), 0);
+  EXPECT_EQ(t.SetTerm(u"[1]=1 AND [2]=2", 0), 0);  // "AND" is no word now: an unknown function
+  kw::SetString(2175, u"");
+  EXPECT_EQ(t.SetTerm(u"[1]=1 AND [2]=2", 0), 1);
+  // Blanks go before words are read: "OR NOT(" is the one word "ORNOT", read as OR alone.
+  EXPECT_EQ(Compiled(u"[1]=1 OR NOT([2]=2)"), Compiled(u"[1]=1 OR ([2]=2)"));
+}
+
 TEST_F(LogiTermTest, FirstColumnZeroPassesTheRangeCheck) {
   KwLogiTerm t;
   EXPECT_EQ(t.SetTerm(u"[0-5]=3", 1), 1);

@@ -84,7 +84,7 @@ TEST_F(MathTermTest, BadTermsFailWithTheirMessageAndStayInvalid) {
       {u"[1][2]", 2169, 1085, 1},     {u"2(3)", 2169, 1085, 1},       {u"[1](+[2])", 2169, 1085, 1},
       {u"[3-1]", 2170, 1085, 0},      {u"[0-5]", 2170, 1085, 0},      {u"[1-]", 2170, 1085, 0},
       {u"[-1]", 2170, 1085, 0},       {u"[1,5]", 2179, 1105, 1},      {u"[1.5]", 2179, 1105, 1},
-      {u"[1-2.3]", 2178, 1105, 1},
+      {u"[1-2.3]", 2178, 1105, 1},     {u")1+2(", 2169, 1085, 1},  // only the bracket totals are checked
   };
   for (const Bad& r : rows) {
     SCOPED_TRACE(kw::ToUtf8(r.term));
