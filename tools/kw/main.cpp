@@ -81,7 +81,7 @@ void PrintHelp() {
       "kw - batch editor for column-oriented text files (Kw_Base)\n\n"
       "Usage: kw COMMAND [ARGUMENTS]\n\n"
       "Commands:\n");
-  for (const auto& c : kwtool::Commands()) std::printf("  %-58s %s\n", c.usage, c.summary);
+  for (const auto& c : kwtool::Commands()) std::printf("  %s\n      %s\n", c.usage, c.summary);
   std::printf(
       "\nEncodings: ansi (code page 1252), utf-8, utf-16le, utf-16be, dos (code page 437).\n"
       "kw --help shows this text; kw COMMAND --help shows the usage of one command.\n");
