@@ -117,6 +117,25 @@ TEST_F(KwSort, LineEndsAndEndOfFile) {
   EXPECT_EQ(SortText("", ""), "");
 }
 
+TEST_F(KwSort, LargeFilesSortInTwoHalvesWithTheSameResult) {
+  // Enough lines for the two-halves path; short lines with umlauts, case variants and many equal ones.
+  const char* const words[] = {"M\xFCller", "Mueller", "mueller", "Ma\xDF" "e", "Masse", "\xC4pfel", "apfel", "Zahl", "zahl"};
+  std::string text;
+  std::vector<std::u16string> lines;
+  uint32_t seed = 12345;
+  for (int i = 0; i < 210000; ++i) {
+    seed = seed * 1103515245u + 12345u;
+    std::string line = std::string(words[(seed >> 16) % 9]) + " " + std::to_string((seed >> 8) % 50) + "x";
+    text += line + "\r\n";
+    lines.push_back(kw::GetGenericString(line));
+  }
+  WriteBytes(Temp("big.txt"), text);
+  const Result r = Kw(Quote(Temp("big.txt").string()) + " -o " + Quote(Temp("big.out").string()));
+  ASSERT_EQ(r.exit, 0) << r.err;
+  std::stable_sort(lines.begin(), lines.end(), [](const auto& a, const auto& b) { return kw::StrCompare(a, b, 0, 0, 0) < 0; });
+  EXPECT_EQ(Lines(Temp("big.out").string(), 0), lines);
+}
+
 TEST_F(KwSort, BadArguments) {
   WriteBytes(Temp("in.txt"), "a\n");
   const std::string in = Quote(Temp("in.txt").string());

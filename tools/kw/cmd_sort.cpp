@@ -6,12 +6,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "Command.h"
 #include "base/CodePages.h"
 #include "base/IndexSort.h"
 #include "base/KwFile.h"
+#include "base/Text.h"
 #include "platform/Platform.h"
 
 namespace kwtool {
@@ -20,6 +22,7 @@ namespace {
 
 constexpr size_t kProgressLines = 100000;  // fewer lines sort too fast for a progress bar
 constexpr char16_t kCtrlZ = 26;
+constexpr size_t kTwoHalvesFrom = 200000;  // from here two halves are sorted at once
 
 struct SortOptions {
   int caseSensitive = 0;
@@ -98,6 +101,40 @@ class EncodedStream {
   char bytes_[1 << 16];
 };
 
+// Sorts the keys stably. Large inputs are sorted in two halves at once, the second on a thread of its
+// own (each half is an independent library call; the collation functions are pure), and then merged
+// with StrCompare, the second half's line going first only when it is strictly less.
+bool SortKeys(const std::vector<std::u16string_view>& keys, const SortOptions& o, std::vector<int64_t>& order,
+              kw::KwProgress* progress) {
+  const size_t n = keys.size();
+  if (n < kTwoHalvesFrom || std::thread::hardware_concurrency() < 2)
+    return kw::SortTextsStable(keys, o.caseSensitive, o.numeric, o.skipBlanks, o.reverse, order, progress) != 0;
+  const size_t half = n / 2;
+  const std::vector<std::u16string_view> low(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(half));
+  const std::vector<std::u16string_view> high(keys.begin() + static_cast<std::ptrdiff_t>(half), keys.end());
+  std::vector<int64_t> lowOrder, highOrder;
+  std::thread second([&] { kw::SortTextsStable(high, o.caseSensitive, o.numeric, o.skipBlanks, o.reverse, highOrder, nullptr); });
+  const int done = kw::SortTextsStable(low, o.caseSensitive, o.numeric, o.skipBlanks, o.reverse, lowOrder, progress);
+  second.join();
+  if (!done || highOrder.size() != n - half) return false;
+  order.clear();
+  order.reserve(n);
+  size_t i = 0, j = 0;
+  while (i < lowOrder.size() && j < highOrder.size()) {
+    const std::u16string_view a = keys[static_cast<size_t>(lowOrder[i])];
+    const std::u16string_view b = keys[half + static_cast<size_t>(highOrder[j])];
+    const int c = kw::StrCompare(b.data(), static_cast<int64_t>(b.size()), a.data(), static_cast<int64_t>(a.size()),
+                                 o.caseSensitive, o.numeric, o.skipBlanks);
+    if (o.reverse ? c > 0 : c < 0)
+      order.push_back(static_cast<int64_t>(half) + highOrder[j++]);
+    else
+      order.push_back(lowOrder[i++]);
+  }
+  while (i < lowOrder.size()) order.push_back(lowOrder[i++]);
+  while (j < highOrder.size()) order.push_back(static_cast<int64_t>(half) + highOrder[j++]);
+  return true;
+}
+
 int RunSort(const std::vector<std::string>& argv) {
   Args args(argv);
   SortOptions options;
@@ -162,9 +199,7 @@ int RunSort(const std::vector<std::string>& argv) {
   std::unique_ptr<kw::KwProgress> progress;
   if (lines.size() >= kProgressLines) progress = kw::GetPlatform().CreateProgress(u"Sort");
   std::vector<int64_t> order;
-  if (!kw::SortTextsStable(keys, options.caseSensitive, options.numeric, options.skipBlanks, options.reverse, order,
-                           progress.get()))
-    return Fail("sort stopped");
+  if (!SortKeys(keys, options, order, progress.get())) return Fail("sort stopped");
   progress.reset();
 
   // Out in blocks: one converter call per block rather than per line.
