@@ -376,6 +376,8 @@ class TextSorter {
 
   int Run(std::vector<int64_t>& index, KwProgress* progress) {
     const size_t n = texts_.size();
+    index.clear();
+    if (n == 0) return 1;
     BuildKeys();
     buffer_.resize(n);
     struct Range {
