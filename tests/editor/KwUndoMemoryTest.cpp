@@ -66,9 +66,11 @@ TEST_F(UndoMemoryTest, GroupsAreNumberedAndUndoneAsOneStep) {
   TextMemory m;
   EXPECT_EQ(m.CloseGroup(), 0);  // fresh memory: nothing to close, no complaint
   EXPECT_EQ(asserts_.count(), 0u);
+  EXPECT_EQ(m.probes, 0);
 
   EXPECT_EQ(m.StartGroup(1, 0), 1);
   EXPECT_EQ(m.CloseGroup(), 0);  // empty group: result 0 but the number 1 is used up
+  EXPECT_EQ(m.probes, 1);  // initialisation asks the release once, with an empty record
   m.Type(u'a');
   EXPECT_EQ(m.GetRecord(0)->group, 2);
   m.Type(u'b');
@@ -153,6 +155,7 @@ TEST_F(UndoMemoryTest, DontAddSuspendsRecordingAndClearsAtTheClose) {
   EXPECT_EQ(m.GetModified(), 1);  // the clear keeps the modified state
   m.Type(u'd');
   EXPECT_EQ(m.GetRecord(0)->group, 1);  // the clear restarted the numbering
+  EXPECT_EQ(m.probes, 2);               // and the next save initialised again
   EXPECT_EQ(m.Undo(), 3);
   EXPECT_EQ(m.text, u"abc");
   EXPECT_TRUE(m.Check());
