@@ -6,7 +6,7 @@
 namespace kw {
 namespace {
 
-struct Spec {
+struct Conversion {
   bool left = false, plus = false, space = false, alt = false, zero = false;
   int width = -1;
   int precision = -1;
@@ -14,7 +14,7 @@ struct Spec {
   char16_t conv = 0;
 };
 
-void Pad(std::u16string& out, const std::u16string& body, const Spec& s, bool numeric) {
+void Pad(std::u16string& out, const std::u16string& body, const Conversion& s, bool numeric) {
   const size_t width = s.width > 0 ? static_cast<size_t>(s.width) : 0;
   if (body.size() >= width) {
     out += body;
@@ -39,8 +39,8 @@ void Pad(std::u16string& out, const std::u16string& body, const Spec& s, bool nu
   }
 }
 
-// Integers and floating point go through snprintf with a narrow copy of the specification.
-std::string NarrowSpec(const Spec& s, const char* length, char conv) {
+// Integers and floating point go through snprintf with a narrow copy of the conversion.
+std::string NarrowFormat(const Conversion& s, const char* length, char conv) {
   std::string f = "%";
   if (s.left) f += '-';
   if (s.plus) f += '+';
@@ -55,18 +55,18 @@ std::string NarrowSpec(const Spec& s, const char* length, char conv) {
 }
 
 template <class T>
-std::u16string Snprintf(const std::string& spec, T value) {
+std::u16string Snprintf(const std::string& narrowFormat, T value) {
   char stack[128];
-  int n = std::snprintf(stack, sizeof stack, spec.c_str(), value);
+  int n = std::snprintf(stack, sizeof stack, narrowFormat.c_str(), value);
   if (n < 0) return {};
   if (static_cast<size_t>(n) < sizeof stack) return Widen(std::string_view(stack, n));
   std::string big(static_cast<size_t>(n) + 1, '\0');
-  std::snprintf(big.data(), big.size(), spec.c_str(), value);
+  std::snprintf(big.data(), big.size(), narrowFormat.c_str(), value);
   big.resize(n);
   return Widen(big);
 }
 
-bool FormatInteger(std::u16string& out, const Spec& s, const FormatArg& a) {
+bool FormatInteger(std::u16string& out, const Conversion& s, const FormatArg& a) {
   if (a.kind() != FormatArg::Kind::Signed && a.kind() != FormatArg::Kind::Unsigned &&
       a.kind() != FormatArg::Kind::Char && a.kind() != FormatArg::Kind::Pointer)
     return false;
@@ -75,7 +75,7 @@ bool FormatInteger(std::u16string& out, const Spec& s, const FormatArg& a) {
   if (s.lengthBits && s.lengthBits < bits) bits = s.lengthBits;
   uint64_t raw = isSigned ? static_cast<uint64_t>(a.AsSigned()) : a.AsUnsigned();
   if (bits < 64) raw &= (uint64_t{1} << bits) - 1;
-  Spec narrow = s;
+  Conversion narrow = s;
   narrow.width = -1;  // padding is done here so that it counts UTF-16 units
   narrow.left = false;
   narrow.zero = false;
@@ -88,25 +88,25 @@ bool FormatInteger(std::u16string& out, const Spec& s, const FormatArg& a) {
     } else {
       v = static_cast<int64_t>(raw);
     }
-    body = Snprintf(NarrowSpec(narrow, "ll", 'd'), static_cast<long long>(v));
+    body = Snprintf(NarrowFormat(narrow, "ll", 'd'), static_cast<long long>(v));
   } else {
-    body = Snprintf(NarrowSpec(narrow, "ll", static_cast<char>(s.conv)), static_cast<unsigned long long>(raw));
+    body = Snprintf(NarrowFormat(narrow, "ll", static_cast<char>(s.conv)), static_cast<unsigned long long>(raw));
   }
   Pad(out, body, s, s.precision < 0);
   return true;
 }
 
-bool FormatFloating(std::u16string& out, const Spec& s, const FormatArg& a) {
+bool FormatFloating(std::u16string& out, const Conversion& s, const FormatArg& a) {
   if (a.kind() != FormatArg::Kind::Floating) return false;
-  Spec narrow = s;
+  Conversion narrow = s;
   narrow.width = -1;
   narrow.left = false;
   narrow.zero = false;
-  Pad(out, Snprintf(NarrowSpec(narrow, "", static_cast<char>(s.conv)), a.AsDouble()), s, true);
+  Pad(out, Snprintf(NarrowFormat(narrow, "", static_cast<char>(s.conv)), a.AsDouble()), s, true);
   return true;
 }
 
-bool FormatText(std::u16string& out, const Spec& s, const FormatArg& a) {
+bool FormatText(std::u16string& out, const Conversion& s, const FormatArg& a) {
   std::u16string body;
   if (a.kind() == FormatArg::Kind::Text16) {
     body = a.IsNullText() ? std::u16string(u"(null)") : std::u16string(a.AsText16());
@@ -120,7 +120,7 @@ bool FormatText(std::u16string& out, const Spec& s, const FormatArg& a) {
   return true;
 }
 
-bool FormatChar(std::u16string& out, const Spec& s, const FormatArg& a) {
+bool FormatChar(std::u16string& out, const Conversion& s, const FormatArg& a) {
   char16_t c;
   switch (a.kind()) {
     case FormatArg::Kind::Char:
@@ -170,7 +170,7 @@ bool TryFormatArgs(std::u16string& out, std::u16string_view f, std::span<const F
     }
     if (i >= f.size()) { out.clear(); return false; }
     if (f[i] == u'%') { out += u'%'; ++i; continue; }
-    Spec s;
+    Conversion s;
     for (; i < f.size(); ++i) {
       const char16_t g = f[i];
       if (g == u'-') s.left = true;
