@@ -21,6 +21,10 @@ const std::vector<Command>& Commands();
 // Prints "kw: " + message to standard error and returns `code`, for one-line error exits.
 int Fail(const std::string& message, int code = 1);
 
+// The encoding number of a name given on the command line: ansi, utf-8, utf-16le, utf-16be, dos
+// (case-blind) or 0..4; -1 for anything else.
+int ParseEncoding(const std::string& name);
+
 // Argument reading shared by the commands: "--name VALUE" and flags.
 class Args {
  public:

@@ -23,15 +23,6 @@ namespace {
 constexpr int64_t kBlockUnits = 1 << 16;
 
 // "ansi", "utf-8", "utf-16le", "utf-16be", "dos" or the numbers 0..4, case-blind; -1 when unknown.
-int ParseEncoding(const std::string& text) {
-  std::string lower;
-  for (char c : text) lower += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
-  static const char* const kNames[] = {"ansi", "utf-8", "utf-16le", "utf-16be", "dos"};
-  for (int e = 0; e < 5; ++e)
-    if (lower == kNames[e] || lower == std::to_string(e)) return e;
-  return -1;
-}
-
 std::string LastErrorText() {
   kw::Platform& platform = kw::GetPlatform();
   return kw::ToUtf8(platform.GetErrorText(platform.GetLastError()));

@@ -55,14 +55,6 @@ bool ParseColumns(const std::string& text, SortOptions& options) {
 }
 
 // "ansi", "utf-8", "utf-16le", "utf-16be", "dos" or the numbers 0..4, case-blind; -1 when unknown.
-int ParseEncoding(std::string name) {
-  for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  static const char* const kNames[] = {"ansi", "utf-8", "utf-16le", "utf-16be", "dos"};
-  for (int i = 0; i < 5; ++i)
-    if (name == kNames[i] || name == std::string(1, static_cast<char>('0' + i))) return i;
-  return -1;
-}
-
 // The lines of a text: CR LF, CR and LF end a line; a last line without a line end counts.
 std::vector<std::u16string_view> SplitLines(std::u16string_view text) {
   std::vector<std::u16string_view> lines;

@@ -27,6 +27,15 @@ int Fail(const std::string& message, int code) {
   return code;
 }
 
+int ParseEncoding(const std::string& name) {
+  std::string lower;
+  for (char c : name) lower += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+  static const char* const kNames[] = {"ansi", "utf-8", "utf-16le", "utf-16be", "dos"};
+  for (int e = 0; e < 5; ++e)
+    if (lower == kNames[e] || lower == std::to_string(e)) return e;
+  return -1;
+}
+
 bool Args::Option(const char* name, std::string& value, const char* shortName) {
   for (size_t i = 0; i < args_.size(); ++i) {
     if (used_[i]) continue;
