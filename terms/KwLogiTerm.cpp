@@ -448,22 +448,7 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, const TermField* field
       Number(stack[top - 1], fields);
       double& x = stack[top - 1].number;
       stack[top - 1].kind = kKindNumber;
-      switch (c) {
-        case 1: x = std::sin(x / factor); break;
-        case 2: x = std::cos(x / factor); break;
-        case 3: x = std::tan(x / factor); break;
-        case 4: x = std::log(x); break;
-        case 5: x = std::exp(x); break;
-        case 6: x = std::sqrt(x); break;
-        case 7: x = std::asin(x) * factor; break;
-        case 8: x = std::acos(x) * factor; break;
-        case 9: x = std::atan(x) * factor; break;
-        case 10: x = DecToHex(x, 2, 9, 360.0); break;
-        case 11: x = HexToDec(x, 2, nullptr); break;
-        case 12: x = std::trunc(x); break;
-        case 13: x = std::fabs(x); break;
-        default: x = -x; break;
-      }
+      x = c == u'~' ? -x : ApplyFunction(c, x, factor);
     } else if (IsArithmetic(c)) {
       const double b = Number(stack[--top], fields);
       Value& a = stack[top - 1];

@@ -192,21 +192,7 @@ double KwMathTerm::Evaluate(const int64_t* values, int* invalid, int show, int f
       stack[top++] = r.first <= 0 ? static_cast<double>(values[-r.first]) : read(c - u'A');
     } else if (c < 14) {
       double& x = stack[top - 1];
-      switch (c) {
-        case 1: x = std::sin(x / factor); break;
-        case 2: x = std::cos(x / factor); break;
-        case 3: x = std::tan(x / factor); break;
-        case 4: x = std::log(x); break;
-        case 5: x = std::exp(x); break;
-        case 6: x = std::sqrt(x); break;
-        case 7: x = std::asin(x) * factor; break;
-        case 8: x = std::acos(x) * factor; break;
-        case 9: x = std::atan(x) * factor; break;
-        case 10: x = DecToHex(x, 2, 9, 360.0); break;
-        case 11: x = HexToDec(x, 2, nullptr); break;
-        case 12: x = std::trunc(x); break;
-        default: x = std::fabs(x); break;
-      }
+      x = ApplyFunction(c, x, factor);
     } else if (c == u'~') {
       stack[top - 1] = -stack[top - 1];
     } else {

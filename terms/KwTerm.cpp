@@ -1,5 +1,6 @@
 #include "terms/KwTerm.h"
 
+#include <cmath>
 #include <string>
 
 #include "app/QueryBox.h"
@@ -272,6 +273,24 @@ uint32_t KwTerm::ParseReference(const char16_t* buf, int64_t open, int64_t close
   ref.first = IntPart(buf, open + 1, sep - 1);
   ref.last = IntPart(buf, sep + 1, close - 1);
   return 0;
+}
+
+double KwTerm::ApplyFunction(char16_t code, double x, double factor) {
+  switch (code) {
+    case 1: return std::sin(x / factor);
+    case 2: return std::cos(x / factor);
+    case 3: return std::tan(x / factor);
+    case 4: return std::log(x);
+    case 5: return std::exp(x);
+    case 6: return std::sqrt(x);
+    case 7: return std::asin(x) * factor;
+    case 8: return std::acos(x) * factor;
+    case 9: return std::atan(x) * factor;
+    case 10: return DecToHex(x, 2, 9, 360.0);
+    case 11: return HexToDec(x, 2, nullptr);
+    case 12: return std::trunc(x);
+    default: return std::fabs(x);
+  }
 }
 
 }  // namespace kw

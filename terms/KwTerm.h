@@ -55,6 +55,10 @@ class KwTerm {
   void SetAngleUnit(int unit);
 
  protected:
+  // Applies function code 1..13 (SIN COS TAN LOG EXP SQR ASI ACO ATA GMS GDD INT ABS) to x; the
+  // trigonometric ones take and give angles in the unit whose factor (units per radian) is given.
+  static double ApplyFunction(char16_t code, double x, double factor);
+
   // Counts '(' against ')' and '[' against ']' over `len` characters (only the totals matter). With
   // `honourQuotes`, characters inside '...' or "..." are not counted and an unclosed quote fails.
   // Returns 1 when balanced; otherwise shows the first failing message (2161..2165) when `show`.
