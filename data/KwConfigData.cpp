@@ -190,16 +190,13 @@ int KwConfigData::CompareData(const void* a, const void* b) const {
 }
 
 int KwConfigData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
-  if (line == 0) m_HasPushBack = false;  // a new file
+  if (line == 0) DropPushBack();  // a new file
   m_LoadingScope = set.GetScope();
   KwCfgSection* section = nullptr;
   int64_t headerLine = 0;
   std::u16string text;
   for (;;) {
-    if (m_HasPushBack) {
-      text = std::move(m_PushBack);
-      m_HasPushBack = false;
-    } else if (!file.ReadLine(text)) {
+    if (!ReadDataLine(file, text)) {
       line = -1;
       break;
     }
@@ -207,8 +204,7 @@ int KwConfigData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
     std::u16string name;
     if (ParseHeader(text, name)) {
       if (section != nullptr) {  // the next section: read this header again on the next call
-        m_PushBack = std::move(text);
-        m_HasPushBack = true;
+        PushBackLine(std::move(text));
         --line;
         break;
       }

@@ -92,8 +92,6 @@ class KwConfigData : public KwData {
 
   std::u16string m_CollectionName;
   std::u16string m_CollectionPrefix;
-  std::u16string m_PushBack;  // a section header read ahead by LoadDataSet
-  bool m_HasPushBack = false;
   int m_LoadingScope = 0;
   std::vector<KwCfgDropped>* m_pDropLog = nullptr;
 };

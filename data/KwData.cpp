@@ -781,4 +781,13 @@ void KwData::UpdateVisibilityOfKey(const std::u16string& name) {
   }
 }
 
+bool KwData::ReadDataLine(KwFile& file, std::u16string& text) {
+  if (m_HasPushBack) {
+    text = std::move(m_PushBack);
+    m_HasPushBack = false;
+    return true;
+  }
+  return file.ReadLine(text) != 0;
+}
+
 }  // namespace kw

@@ -243,6 +243,15 @@ class KwData {
   void UpdateVisibilityOfKey(const std::u16string& name);
 
  protected:
+  // Line reading for a subclass's LoadDataSet, with one line of look-ahead: the header that ends a
+  // data set is pushed back and read first by the next call. DropPushBack starts a new file.
+  bool ReadDataLine(KwFile& file, std::u16string& text);
+  void PushBackLine(std::u16string&& text) {
+    m_PushBack = std::move(text);
+    m_HasPushBack = true;
+  }
+  void DropPushBack() { m_HasPushBack = false; }
+
   // Shows message `id` of this store (sender "Data", help id 3040) with up to two texts for its
   // "%s" places, each "|" in them made a "¦". Returns 2 (no box) in silent mode.
   int64_t Report(uint32_t id, uint32_t pictureId, uint32_t style, const std::vector<std::u16string>& args = {}) const;
@@ -254,6 +263,8 @@ class KwData {
   int64_t m_LoadCounter = 0;  // for subclasses while loading; reset by every load
 
  private:
+  std::u16string m_PushBack;  // a line read ahead by LoadDataSet
+  bool m_HasPushBack = false;
   friend class KwDataIterator;
   int SaveScope(int scope);
 

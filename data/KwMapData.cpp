@@ -119,7 +119,7 @@ int KwMapData::CompareData(const void* a, const void* b) const {
 }
 
 int64_t KwMapData::LoadComment(KwFile& file, int64_t line) {
-  m_HasPushBack = false;
+  DropPushBack();
   std::u16string head;
   if (!file.ReadLine(head) || head != kHead + m_Identification) {
     m_LoadResult = -3;
@@ -136,18 +136,14 @@ int KwMapData::LoadDataSet(KwFile& file, KwDataSet& set, int64_t& line) {
   std::u16string name;
   std::u16string text;
   for (;;) {
-    if (m_HasPushBack) {
-      text = std::move(m_PushBack);
-      m_HasPushBack = false;
-    } else if (!file.ReadLine(text)) {
+    if (!ReadDataLine(file, text)) {
       line = -1;
       break;
     }
     ++line;
     if (text.size() >= 2 && text.front() == u'[' && text.back() == u']') {
       if (records != nullptr) {
-        m_PushBack = std::move(text);
-        m_HasPushBack = true;
+        PushBackLine(std::move(text));
         --line;
         break;
       }

@@ -66,8 +66,6 @@ class KwMapData : public KwData {
   int m_KeyFields;
   int m_ValueFields;
   int m_LoadResult = 1;
-  std::u16string m_PushBack;
-  bool m_HasPushBack = false;
 };
 
 }  // namespace kw
