@@ -21,6 +21,7 @@
 #include "app/StringTable.h"
 #include "app/QueryBox.h"
 #include "app/KwQueryDlg.h"
+#include "app/KwWinApp.h"
 
 #include "data/KwData.h"
 #include "data/KwCfgSection.h"

@@ -242,7 +242,10 @@ bool ConsolePlatform::IsDocumentTypeRegistered(const std::u16string&) { return f
 void ConsolePlatform::DebugOutput(const std::u16string& text) {
   // The debugger's output of a terminal program: shown only when asked for.
   static const bool enabled = std::getenv("KW_DEBUG_OUTPUT") != nullptr;
-  if (enabled) std::fputs((ToUtf8(text) + "\n").c_str(), stderr);
+  // One line per call; a text that brings its own line end gets no second one.
+  if (!enabled) return;
+  const bool ended = !text.empty() && text.back() == u'\n';
+  std::fputs((ToUtf8(text) + (ended ? "" : "\n")).c_str(), stderr);
 }
 
 std::u16string ConsolePlatform::GetErrorText(uint32_t code) {

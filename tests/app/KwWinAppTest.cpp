@@ -1,0 +1,193 @@
+#include "app/KwWinApp.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <unistd.h>
+
+#include "app/StringTable.h"
+#include "base/KwFolders.h"
+#include "support/TestSupport.h"
+
+namespace {
+
+// An application object as a program derives it.
+class TestApp : public kw::KwWinApp {
+ public:
+  std::u16string GetAppVersion() const override { return u"1.2"; }
+};
+
+// Runs each test with the user folder, the current folder and the application title pointing at a
+// temporary folder and a test title, and restores them afterwards.
+class KwWinAppTest : public kwtest::PlatformTest {
+ protected:
+  KwWinAppTest() : savedUser_(kw::GetFolders().GetUserFolder()), savedCwd_(std::filesystem::current_path()) {
+    kw::GetFolders().SetUserFolder(dir_.u16string());
+    std::filesystem::current_path(dir_);
+    kw::SetString(kw::kIdsAppTitle, u"TESTAPP");
+  }
+  ~KwWinAppTest() override {
+    kw::SetString(kw::kIdsAppTitle, u"");
+    std::filesystem::current_path(savedCwd_);
+    kw::GetFolders().SetUserFolder(savedUser_);
+  }
+
+  // The lines of a trace file: UTF-8 (its mark skipped), CR LF line ends.
+  std::vector<std::string> TraceLines(const std::filesystem::path& file) const {
+    std::string bytes = ReadBytes(file);
+    if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);
+    std::vector<std::string> lines;
+    size_t start = 0;
+    for (size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2)
+      lines.push_back(bytes.substr(start, end - start));
+    EXPECT_EQ(start, bytes.size()) << "the last line has no line end";
+    return lines;
+  }
+
+  std::filesystem::path RecFile() const { return dir_ / "TESTAPP.REC"; }
+
+ private:
+  std::u16string savedUser_;
+  std::filesystem::path savedCwd_;
+};
+
+TEST_F(KwWinAppTest, CurrentApplicationLivesWithTheObject) {
+  EXPECT_FALSE(kw::IsKwWinApp());
+  EXPECT_EQ(kw::GetKwWinApp(), nullptr);
+  {
+    TestApp app;
+    EXPECT_TRUE(kw::IsKwWinApp());
+    EXPECT_EQ(kw::GetKwWinApp(), &app);
+    EXPECT_FALSE(app.GetTraceMode());
+    EXPECT_EQ(asserts_.count(), 0u);
+  }
+  EXPECT_FALSE(kw::IsKwWinApp());
+  EXPECT_EQ(kw::GetKwWinApp(), nullptr);
+}
+
+TEST_F(KwWinAppTest, AppNameAndVersion) {
+  TestApp app;
+  EXPECT_EQ(app.GetAppName(0), u"TESTAPP");
+  EXPECT_EQ(app.GetAppName(1), u"TESTAPP_W");
+  EXPECT_EQ(app.GetAppVersion(), u"1.2");
+  EXPECT_EQ(asserts_.count(), 0u);
+
+  EXPECT_EQ(app.KwWinApp::GetAppVersion(), u"");
+  EXPECT_TRUE(asserts_.Fired("WINAPP", 372));
+  kw::SetString(kw::kIdsAppTitle, u"");
+  EXPECT_EQ(app.GetAppName(0), u"");
+  EXPECT_TRUE(asserts_.Fired("WINAPP", 362));
+}
+
+TEST_F(KwWinAppTest, SetTraceModeAsksOnceThenClosesThenAppends) {
+  WriteBytes(RecFile(), "an old trace from an earlier run\r\n");
+  platform_.answers = {1};
+  TestApp app;
+
+  app.SetTraceMode();  // first call: the question, a fresh file
+  ASSERT_EQ(platform_.boxes.size(), 1u);
+  EXPECT_EQ(platform_.boxes[0].caption, u"Question from Flight Recorder");
+  EXPECT_EQ(platform_.boxes[0].message,
+            u"Like a Flight Recorder the application will now trace its activities in the file " +
+                RecFile().u16string() +
+                u". This will help us to detect errors, especially irregular or unreconstructable crashes.");
+  EXPECT_EQ(platform_.boxes[0].labels, (std::vector<std::u16string>{u"&Start", u"&Cancel"}));
+  EXPECT_EQ(platform_.boxes[0].pictureId, 1050u);
+  EXPECT_TRUE(app.GetTraceMode());
+  EXPECT_EQ(app.GetTraceFileName(), RecFile().u16string());
+  app.Trace(u"Step %d of %s", 1, u"three");
+
+  app.SetTraceMode();  // second call: closed, nothing asked
+  EXPECT_FALSE(app.GetTraceMode());
+  app.Trace(u"not recorded");
+  auto lines = TraceLines(RecFile());
+  ASSERT_EQ(lines.size(), 2u);  // the old trace was deleted
+  EXPECT_NE(lines[0].find("0 trace lines"), std::string::npos) << lines[0];
+  EXPECT_EQ(lines[1].substr(8), "  Step 1 of three");
+  EXPECT_EQ(app.GetTraceLines(), 2);
+
+  app.SetTraceMode();  // third call: appends without asking
+  EXPECT_EQ(platform_.boxes.size(), 1u);
+  EXPECT_TRUE(app.GetTraceMode());
+  app.Trace(u"Step 3");
+  app.SetTraceMode();
+  lines = TraceLines(RecFile());
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[1].substr(8), "  Step 1 of three");
+  EXPECT_NE(lines[2].find("2 trace lines"), std::string::npos) << lines[2];
+  EXPECT_EQ(lines[3].substr(8), "  Step 3");
+}
+
+TEST_F(KwWinAppTest, TraceModeStaysOffUnlessStartIsPressed) {
+  WriteBytes(RecFile(), "kept\r\n");
+  for (int answer : {-2, 2}) {
+    platform_.answers = {answer};
+    TestApp app;
+    app.SetTraceMode();
+    EXPECT_FALSE(app.GetTraceMode());
+    EXPECT_EQ(app.GetTraceFileName(), u"");
+  }
+  EXPECT_EQ(ReadBytes(RecFile()), "kept\r\n");
+}
+
+TEST_F(KwWinAppTest, TraceLineCarriesTimeOfDayAndWholeText) {
+  TestApp app;
+  app.StartInitalTrace();
+  EXPECT_TRUE(platform_.boxes.empty());
+  ASSERT_TRUE(app.GetTraceMode());
+  const std::u16string longText(600, u'x');
+  app.Trace(u"%s", longText);
+  app.Trace(u"Count %d of %s", u"mismatched");  // a format that does not fit is written as it stands
+  app.SetTraceMode();
+
+  const auto lines = TraceLines(dir_ / "AUTO.REC");
+  ASSERT_EQ(lines.size(), 2u);
+  // Milliseconds since construction as a time of day: a test run stays in the first minute.
+  EXPECT_TRUE(std::regex_match(lines[0], std::regex("00:00:[0-5][0-9]  x{600}"))) << lines[0].substr(0, 20);
+  EXPECT_EQ(lines[1].substr(8), "  Count %d of %s");
+  ASSERT_GE(platform_.debugOutput.size(), 2u);
+  EXPECT_EQ(platform_.debugOutput[0], std::u16string(500, u'x') + u"\n");
+  EXPECT_EQ(platform_.debugOutput[1], u"Count %d of %s\n");
+}
+
+TEST_F(KwWinAppTest, TracingOffStillFeedsTheDebugOutputOnly) {
+  TestApp app;
+  app.Trace(u"Value=%d", 7);
+  EXPECT_EQ(platform_.debugOutput, std::vector<std::u16string>{u"Value=7\n"});
+  EXPECT_EQ(app.GetTraceLines(), 0);
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "AUTO.REC"));
+}
+
+TEST_F(KwWinAppTest, InitialTraceStartsOnceAndDestructorTracesItsSteps) {
+  {
+    TestApp app;
+    app.StartInitalTrace();
+    app.Trace(u"first");
+    app.SetTraceMode();       // off
+    app.StartInitalTrace();   // a trace file exists: nothing happens
+    EXPECT_FALSE(app.GetTraceMode());
+    app.SetTraceMode();       // on again, appended to AUTO.REC without a question
+    EXPECT_TRUE(platform_.boxes.empty());
+    EXPECT_EQ(app.GetTraceFileName(), u"AUTO.REC");
+  }
+  const auto lines = TraceLines(dir_ / "AUTO.REC");
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[0].substr(8), "  first");
+  EXPECT_NE(lines[1].find("1 trace lines"), std::string::npos);
+  EXPECT_EQ(lines[2].substr(8), "  WinApp.Destructor");
+  EXPECT_EQ(lines[3].substr(8), "  WinApp.Destructor: Now detaching system image list");
+}
+
+TEST_F(KwWinAppTest, EditParamsDefaultAndReplace) {
+  TestApp app;
+  const kw::KwEditParams& p = app.GetEditParams();
+  EXPECT_EQ(p.makeBackups, 1);
+  EXPECT_EQ(p.eolDisplayChar, u' ');
+  EXPECT_EQ(p.eolDisplayOption, 0);
+  app.SetEditParams({0, u'\u00B6', 2});
+  EXPECT_EQ(app.GetEditParams().makeBackups, 0);
+  EXPECT_EQ(app.GetEditParams().eolDisplayChar, u'\u00B6');
+  EXPECT_EQ(app.GetEditParams().eolDisplayOption, 2);
+}
+
+}  // namespace
