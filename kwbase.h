@@ -27,6 +27,7 @@
 #include "data/KwCfgSection.h"
 #include "data/KwConfigData.h"
 #include "data/KwMapData.h"
+#include "data/KwPersistence.h"
 
 #include "terms/KwTerm.h"
 #include "terms/KwMathTerm.h"
