@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
@@ -15,23 +16,13 @@
 #include "data/KwConfigData.h"
 #include "platform/Platform.h"
 
-#if __has_include("app/KwWinApp.h")
-#include "app/KwWinApp.h"
-#define KW_PERSIST_HAS_APP 1
-#endif
-
 namespace kw {
 namespace {
 
 // The one way this file writes a trace line: through the current application, when it traces.
 template <class... A>
 void PersistTrace(std::u16string_view format, const A&... args) {
-#ifdef KW_PERSIST_HAS_APP
   if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(format, args...);
-#else
-  (void)format;
-  ((void)args, ...);
-#endif
 }
 
 constexpr const char16_t* kUserFileName = u"KwUser.INI";

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/KwWinApp.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
 #include "base/KwFolders.h"
@@ -411,6 +412,60 @@ TEST_F(Persistence, Listings) {
   EXPECT_NE(p.ShowSections().find(u"Section=Sec Scope=1 Elements=1"), std::u16string::npos);
   EXPECT_EQ(platform_.debugOutput.size(), 2u);
   p.ResetChain();
+}
+
+// An application object that traces, so that the persistence table's trace lines can be seen.
+class TracingApp : public kw::KwWinApp {
+ public:
+  std::u16string GetAppVersion() const override { return u"1"; }
+};
+
+class PersistenceTrace : public Persistence {
+ protected:
+  PersistenceTrace() : cwd_(std::filesystem::current_path()) { std::filesystem::current_path(dir_); }
+  ~PersistenceTrace() override { std::filesystem::current_path(cwd_); }
+  // Whether the text was traced, as a whole line.
+  bool Traced(const std::u16string& text) const {
+    for (const auto& line : platform_.debugOutput)
+      if (line == text + u"\n") return true;
+    return false;
+  }
+  std::filesystem::path cwd_;
+};
+
+TEST_F(PersistenceTrace, TraceLinesNameClassFunctionAndValues) {
+  TracingApp app;
+  app.StartInitalTrace();
+  ASSERT_TRUE(app.GetTraceMode());
+  WriteBytes(UserIni(), "[Buf]\nB=ABCDEF\n");
+  {
+    KwPersistence p;
+    char16_t buffer[4] = u"ABC";
+    int kept = 0;
+    p.LoadINI(u"B", buffer);
+    EXPECT_EQ(p.GetPointer(u"Buf", u"B"), nullptr);
+    EXPECT_TRUE(Traced(u"Persist.GetPointer: WARNING! Only constant Scope in Section Buf allowed"));
+    p.LoadINI(kw::kPersistUser, u"Buf");
+    EXPECT_TRUE(Traced(u"Persist.LoadINI: Section=Buf IDname=B"));
+    EXPECT_TRUE(Traced(u"Persist.StringToValue: WARNING! Buffer-Overflow OldLen=3 NewLen=6"));
+    EXPECT_EQ(p.GetPointer(u"Buf", u"X"), nullptr);
+    EXPECT_TRUE(Traced(u"Persist.GetPointer: WARNING! Pointer of Section=Buf IDname=X not found"));
+    EXPECT_EQ(p.GetElement(u"Buf", u"Y"), nullptr);
+    EXPECT_TRUE(Traced(u"Persist.GetElement: List Element section=Buf Key=Y not found"));
+    p.SaveINI(u"Buf", kw::kPersistUser);
+    EXPECT_FALSE(Traced(u"Persist.SaveINI: WARNING! Section Buf was already released earlier!"));
+    p.SaveINI(u"Buf", kw::kPersistUser);
+    EXPECT_TRUE(Traced(u"Persist.SaveINI: WARNING! Section Buf was already released earlier!"));
+    p.LoadINI(u"K", &kept);
+    p.LoadINI(kw::kPersistUser, u"Left");
+  }
+  EXPECT_TRUE(Traced(u"Persis.Destructor: Element Section=Left IDname=K was still allocated"));
+  app.SetTraceMode();  // off
+
+  const size_t before = platform_.debugOutput.size();
+  KwPersistence p;
+  EXPECT_EQ(p.GetPointer(u"Buf", u"X"), nullptr);
+  EXPECT_EQ(platform_.debugOutput.size(), before) << "nothing is traced while tracing is off";
 }
 
 }  // namespace
