@@ -1,5 +1,6 @@
 #include "data/KwConfigData.h"
 
+#include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "base/Format.h"
 #include "base/KwFile.h"
@@ -61,6 +62,7 @@ int KwConfigData::Load(const std::u16string (&fileNames)[kFileScopeCount]) {
   SetScopes(GetScopes() | 0xF);
   SetWrite(GetWrite() | 0xF);
   SetFileNames(fileNames, 0);
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"Persist.Load: Scopes=%d", GetScopes());
   LoadData(0);
   if (!m_CollectionName.empty()) {
     SplitCollection(m_CollectionName);
@@ -74,6 +76,7 @@ int KwConfigData::Load(const std::u16string (&fileNames)[kFileScopeCount]) {
     }
   }
   SetModified(0);
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"Persist.Load: Finished");
   return 1;
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <system_error>
 
+#include "app/KwWinApp.h"
 #include "app/QueryBox.h"
 #include "app/StringTable.h"
 #include "base/Assert.h"
@@ -260,6 +261,8 @@ void KwData::CheckFileNames() {
                         fs::weakly_canonical(PathOf(m_FileNames[i]), ec) ==
                             fs::weakly_canonical(PathOf(m_FileNames[j]), ec);
       if (same) {
+        if (IsKwWinApp() && GetKwWinApp()->GetTraceMode())
+          GetKwWinApp()->Trace(u"Data.CheckFileNames: i=%d j=%d Filename=%s", i, j, m_FileNames[i]);
         m_FileNames[i].clear();
         m_Writable[i] = 0;  // what is stored there could never be written
         break;
@@ -354,6 +357,7 @@ int KwData::LoadData(int progressKind) {
     }
     KwFile file;
     if (!file.Open(m_FileNames[scope], 0, 13, 26, GuessFileEncoding(m_FileNames[scope]))) continue;  // a missing file adds nothing
+    if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"KwData.Load(): From file %s", m_FileNames[scope]);
     GetFileStamps(m_FileNames[scope], m_Stamps[scope]);
     int64_t line = LoadComment(file, 0);
     int64_t sets = 0;
@@ -409,6 +413,7 @@ int KwData::SaveScope(int scope) {
     return 1;
   }
   if (m_CreateFolders && path.has_parent_path()) fs::create_directories(path.parent_path(), ec);
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"Data.SaveData: i=%d file=%s", scope, name);
   KwFile file;
   if (!file.Open(name, 4, 13, 26)) {
     Report(3020, kPicError, 1, {name});

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "base/Numbers.h"
 #include "base/Text.h"
@@ -37,6 +38,10 @@ double TermModulo(double left, double right) {
 }
 
 KwMathTerm::KwMathTerm() { m_HelpId = 2160; }
+
+KwMathTerm::~KwMathTerm() {
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"MathTerm-Destructor:");
+}
 
 int KwMathTerm::Fail(int show, uint32_t id, const std::u16string& term) {
   m_Valid = 0;
@@ -139,13 +144,20 @@ int KwMathTerm::SetTerm(const std::u16string& term, int keepBraces, int show) {
     else if (c < 14 || c == u'~') broken = depth < 1;
     else broken = true;  // a parenthesis left in a segment that had no operator
   }
-  if (broken || depth != 1) return Fail(show, 2169, term);  // trace: "Stack-Order failed"
+  if (broken || depth != 1) {
+    if (IsKwWinApp() && GetKwWinApp()->GetTraceMode())
+      GetKwWinApp()->Trace(u"KwMathTerm.SetTerm: Term=%s (Stack-Order failed)", term);
+    return Fail(show, 2169, term);
+  }
 
   // 9. Ranges; the minimum line length and the widest field.
   for (int64_t k = 0; k < m_RefCount; ++k) {
     const TermReference& r = m_Ref[k];
-    if (r.first < -4 || r.last < 0 || (r.last > 0 && (r.first <= 0 || r.first > r.last)))
+    if (r.first < -4 || r.last < 0 || (r.last > 0 && (r.first <= 0 || r.first > r.last))) {
+      if (IsKwWinApp() && GetKwWinApp()->GetTraceMode())
+        GetKwWinApp()->Trace(u"MathTerm.SetTerm: Term=%s (From=%Id-To=%Id failed)", term, r.first, r.last);
       return Fail(show, 2170, term);
+    }
     m_MinLineLen = std::max(m_MinLineLen, r.last);
     if (r.first > 0) m_MaxWidth = std::max(m_MaxWidth, r.last - r.first + 1);
   }

@@ -38,7 +38,7 @@ double TermModulo(double left, double right);
 class KwMathTerm : public KwTerm {
  public:
   KwMathTerm();
-  ~KwMathTerm() override = default;
+  ~KwMathTerm() override;
 
   // Compiles `term`. Returns 1 on success; 0 leaves the term invalid and, when `show` is non-zero,
   // has shown the reason. With `keepBraces` 0, '{' '}' are read as '(' ')'; otherwise they are refused.

@@ -468,4 +468,22 @@ TEST_F(PersistenceTrace, TraceLinesNameClassFunctionAndValues) {
   EXPECT_EQ(platform_.debugOutput.size(), before) << "nothing is traced while tracing is off";
 }
 
+TEST_F(PersistenceTrace, SettingsStoreTracesItsFiles) {
+  TracingApp app;
+  app.StartInitalTrace();
+  const std::u16string local = U(Temp("l.ini").string());
+  WriteBytes(Temp("l.ini"), "[A]\nX=1\n");
+  kw::KwConfigData store;
+  const std::u16string names[4] = {u"", local, local, local};  // one file named three times
+  store.Load(names);
+  EXPECT_TRUE(Traced(u"Data.CheckFileNames: i=1 j=2 Filename=" + local));
+  EXPECT_TRUE(Traced(u"Data.CheckFileNames: i=2 j=3 Filename=" + local));
+  EXPECT_TRUE(Traced(u"Persist.Load: Scopes=31"));
+  EXPECT_TRUE(Traced(u"KwData.Load(): From file " + local));
+  EXPECT_TRUE(Traced(u"Persist.Load: Finished"));
+  store.SetModified();
+  EXPECT_EQ(store.SaveData(), 1);
+  EXPECT_TRUE(Traced(u"Data.SaveData: i=3 file=" + local));
+}
+
 }  // namespace
