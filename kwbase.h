@@ -17,6 +17,7 @@
 #include "platform/Platform.h"
 #include "platform/ConsolePlatform.h"
 #include "platform/ScriptedPlatform.h"
+#include "platform/ListControl.h"
 
 #include "app/StringTable.h"
 #include "app/QueryBox.h"
@@ -35,3 +36,8 @@
 #include "terms/KwLogiTermEx.h"
 
 #include "editor/KwUndoMemory.h"
+
+#include "lists/KwListCore.h"
+#include "lists/KwListCtrl.h"
+#include "lists/KwListView.h"
+#include "lists/KwUniFilters.h"
