@@ -460,8 +460,7 @@ int KwListEngine::DeleteAllItems() {
   ClearUndo();
   for (int i = 0; i < GetItemCount(); ++i) delete Row(i);
   m_Ctrl.DeleteAllItems();
-  m_ColToSort = 0;
-  return 1;
+  return 1;  // the sort key stays: rows filled in again sort the same way
 }
 
 int KwListEngine::SeekIndexOfKey(uint64_t key) const {
