@@ -186,6 +186,9 @@ TEST_F(ListSort, PreparedComparisonAgreesWithTheRule) {
     }
     for (int n = static_cast<int>(random() % 6); n > 0; --n) row.text += pieces[random() % std::size(pieces)];
   }
+  // Where one primary stream ends inside the other's expansion, the tie-break decides, not the length.
+  for (const char16_t* text : {u"k|aU", u"k|A\u00dc", u"k|U", u"k|\u00dc", u"k|bss", u"k|B\u00df"})
+    rows.push_back(kw::tagLISTROW{0, 0, 0, text, -1, 0, {}});
   kw::KwListSortTables& tables = kw::GetListSortTables();
   for (const uint32_t mode : {kw::kListSortText, kw::kListSortTextCase, kw::kListSortNumber}) {
     for (const int key : {2, -2}) {
