@@ -1,5 +1,6 @@
 #include "base/CodePages.h"
 
+#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -55,15 +56,51 @@ const SingleByte& Page(Kind kind) {
 constexpr uint64_t kHighBits8 = 0x8080808080808080ULL;
 constexpr uint64_t kNonAscii4 = 0xFF80FF80FF80FF80ULL;  // four UTF-16 units above 0x7F
 
+// Widens eight bytes to eight UTF-16 units. The bytes are read first, so that the compiler need not
+// fear that a store changes them.
+inline void Widen8(const unsigned char* s, char16_t* d) {
+  unsigned char bytes[8];
+  std::memcpy(bytes, s, 8);
+  char16_t units[8];
+  for (int k = 0; k < 8; ++k) units[k] = bytes[k];
+  std::memcpy(d, units, sizeof units);
+}
+
+// The number of ASCII bytes before the first byte with its high bit set, in eight bytes of which at
+// least one has it.
+inline int LeadingAscii(const unsigned char* s, uint64_t word) {
+  if constexpr (std::endian::native == std::endian::little) {
+    return std::countr_zero(word & kHighBits8) / 8;
+  } else {
+    int k = 0;
+    while (s[k] < 0x80) ++k;
+    return k;
+  }
+}
+
 inline bool IsHigh(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 inline bool IsLow(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 inline bool IsEscape(char16_t c) { return c >= 0xDC80 && c <= 0xDCFF; }
 
 uint32_t DecodeSingle(Kind kind, const unsigned char* s, int64_t n, char16_t* d, int64_t cap,
                       int64_t* srcUsed, int64_t* dstUsed) {
+  // Both pages keep ASCII as it is: runs of it are widened eight bytes at a time.
   const char16_t* table = Page(kind).toUnicode;
   const int64_t m = n < cap ? n : cap;
-  for (int64_t i = 0; i < m; ++i) d[i] = table[s[i]];
+  int64_t i = 0;
+  while (i < m) {
+    if (m - i >= 8) {
+      uint64_t w;
+      std::memcpy(&w, s + i, 8);
+      if ((w & kHighBits8) == 0) {
+        Widen8(s + i, d + i);
+        i += 8;
+        continue;
+      }
+    }
+    const int64_t stop = m - i >= 8 ? i + 8 : m;
+    for (; i < stop; ++i) d[i] = table[s[i]];
+  }
   *srcUsed = *dstUsed = m;
   return m < n ? kErrorInsufficientBuffer : kErrorSuccess;
 }
@@ -73,14 +110,21 @@ uint32_t DecodeUtf8(const unsigned char* s, int64_t n, char16_t* d, int64_t cap,
   int64_t i = 0, o = 0;
   uint32_t result = kErrorSuccess;
   while (i < n) {
-    // ASCII fast path: eight bytes at a time while they have no high bit.
+    // ASCII fast path: eight bytes at a time while they have no high bit; of the eight that end the
+    // run, the ASCII ones before the first other byte are taken at once.
     while (n - i >= 8 && cap - o >= 8) {
       uint64_t w;
       std::memcpy(&w, s + i, 8);
-      if (w & kHighBits8) break;
-      for (int k = 0; k < 8; ++k) d[o + k] = s[i + k];
-      i += 8;
-      o += 8;
+      Widen8(s + i, d + o);
+      if ((w & kHighBits8) == 0) {
+        i += 8;
+        o += 8;
+        continue;
+      }
+      const int ascii = LeadingAscii(s + i, w);
+      i += ascii;
+      o += ascii;
+      break;
     }
     if (i >= n) break;
     if (o >= cap) { result = kErrorInsufficientBuffer; break; }
@@ -88,6 +132,12 @@ uint32_t DecodeUtf8(const unsigned char* s, int64_t n, char16_t* d, int64_t cap,
     if (b < 0x80) {
       d[o++] = b;
       ++i;
+      continue;
+    }
+    // Two-byte characters (Latin letters such as the umlauts) without the general checks.
+    if (b >= 0xC2 && b <= 0xDF && i + 1 < n && (s[i + 1] & 0xC0) == 0x80) {
+      d[o++] = static_cast<char16_t>(((b & 0x1F) << 6) | (s[i + 1] & 0x3F));
+      i += 2;
       continue;
     }
     int need;

@@ -3,6 +3,7 @@
 #include "base/IndexSort.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -313,61 +314,84 @@ int IsUIntInArray(uint64_t value, const std::vector<uint64_t>& values) {
 
 namespace {
 
-// One text in the sort: a chunk of twelve of its primary characters packed into three words (the
-// first character highest), the number of its primary characters, and its position. Most
-// comparisons end in the three words, without a look at the text.
+// The primary characters of the collation as bytes, in their order: a character below 0xFF is the
+// byte of its value, any other is 0xFF and then its two bytes, high first. Byte strings compare as
+// their character sequences do, and one is a prefix of another exactly when the sequences are, so
+// the sort may pack bytes where it means characters. German text needs one byte per character, and a
+// word of eight of them decides most comparisons.
+//
+// The primary characters of a source character below 0xFF: "_" stands for a blank, umlauts and "ß"
+// expand to two characters, everything is upper-cased (ToUpper without a code page).
+struct PrimaryTable {
+  uint8_t first[0xFF];
+  uint8_t second[0xFF];  // 0: none
+};
+
+constexpr PrimaryTable MakePrimaryTable() {
+  PrimaryTable t{};
+  for (int c = 0; c < 0xFF; ++c) {
+    const bool lower = (c >= 'a' && c <= 'z') || (c >= 0xE0 && c <= 0xFE);
+    t.first[c] = static_cast<uint8_t>(lower ? c - 32 : c);
+    t.second[c] = 0;
+  }
+  t.first['_'] = ' ';
+  const int expansions[][3] = {{0xC4, 'A', 'E'}, {0xE4, 'A', 'E'}, {0xD6, 'O', 'E'}, {0xF6, 'O', 'E'},
+                               {0xDC, 'U', 'E'}, {0xFC, 'U', 'E'}, {0xDF, 'S', 'Z'}};
+  for (const auto& e : expansions) {
+    t.first[e[0]] = static_cast<uint8_t>(e[1]);
+    t.second[e[0]] = static_cast<uint8_t>(e[2]);
+  }
+  return t;
+}
+
+constexpr PrimaryTable kPrimary = MakePrimaryTable();
+
+// Writes the primary bytes [from, from + max) of text[start...] to out and returns how many there
+// are; `more` tells whether further bytes follow.
+size_t PrimaryBytes(std::u16string_view text, size_t start, size_t from, size_t max, uint8_t* out, bool* more) {
+  const size_t end = from + max;
+  size_t k = 0;
+  auto put = [&](uint8_t b) {
+    if (k >= from && k < end) out[k - from] = b;
+    ++k;
+  };
+  // One byte beyond the end tells whether the text goes on.
+  for (size_t pos = start; pos < text.size() && k <= end; ++pos) {
+    const char16_t c = text[pos];
+    if (c < 0xFF) {
+      put(kPrimary.first[c]);
+      if (kPrimary.second[c] != 0) put(kPrimary.second[c]);
+    } else {
+      put(0xFF);
+      put(static_cast<uint8_t>(c >> 8));
+      put(static_cast<uint8_t>(c));
+    }
+  }
+  *more = k > end;
+  return k <= from ? 0 : std::min(k, end) - from;
+}
+
+// One text in the sort: a chunk of 24 primary bytes packed into three words (the first byte highest,
+// zeros after the text's end), how many of the 24 the text has, whether it goes on beyond them, and
+// its position. invariant: more implies count == kChunkBytes.
 constexpr size_t kChunkWords = 3;
-constexpr size_t kPrefixChars = 4 * kChunkWords;
+constexpr size_t kChunkBytes = 8 * kChunkWords;
 struct TextEntry {
   uint64_t prefix[kChunkWords];
-  uint32_t length;
   uint32_t id;
+  uint8_t count;
+  bool more;
 };
-
-// Where the primary reader of one text stands.
-struct ReaderState {
-  const char16_t* text;
-  uint32_t size;
-  uint32_t pos;
-  char16_t pending;
-};
-constexpr int64_t kInsertionRun = 32;
+constexpr size_t kInsertionRun = 32;
 constexpr size_t kBucketFrom = 4096;  // fewer texts are sorted in one range
+constexpr size_t kBuckets = 65536;    // the first two primary bytes
 
-// The primary characters of the collation, one source character at a time: "_" stands for a blank,
-// umlauts and "ß" expand to two characters (the second one pending), everything is upper-cased.
-struct PrimaryReader {
-  static bool Expands(char16_t c) {
-    return c == u'\u00C4' || c == u'\u00E4' || c == u'\u00D6' || c == u'\u00F6' || c == u'\u00DC' || c == u'\u00FC' ||
-           c == u'\u00DF';
-  }
-  // The next primary character of text[pos...] after `pending`; advances pos and pending.
-  static char16_t Next(std::u16string_view text, uint32_t& pos, char16_t& pending) {
-    if (pending != 0) {
-      const char16_t c = pending;
-      pending = 0;
-      return c;
-    }
-    const char16_t c = text[pos++];
-    if (c < 0x80) {  // the ASCII rule of ToUpper, without the call
-      if (c >= u'a' && c <= u'z') return static_cast<char16_t>(c - 32);
-      return c == u'_' ? u' ' : c;
-    }
-    switch (c) {
-      case u'\u00C4': case u'\u00E4': pending = u'E'; return u'A';
-      case u'\u00D6': case u'\u00F6': pending = u'E'; return u'O';
-      case u'\u00DC': case u'\u00FC': pending = u'E'; return u'U';
-      case u'\u00DF': pending = u'Z'; return u'S';
-      default: return ToUpper(c, nullptr);
-    }
-  }
-};
-
-// Sorts by the primary characters eight at a time: all texts by their first eight, then each run of
-// texts that agree in those (and go on beyond them) by the next eight, and so on. Every sort is a
-// stable merge sort on the two packed words, so the keys' memory is read once per text and level,
-// not once per comparison. Texts whose primary characters agree up to the end of the shorter one
-// are decided by StrCompare itself (lengths and tie-break); numbers in numeric mode by their values.
+// Sorts by the primary bytes 24 at a time: all texts by their first 24, then each run of texts that
+// agree in those (and go on beyond them) by the next 24, and so on. Large inputs are first spread
+// into buckets by their first two bytes. Every sort is a stable merge sort on the packed words, so a
+// text is read once per level, not once per comparison. Texts whose primary characters agree up to
+// the end of the shorter one are decided by StrCompare itself (lengths and tie-break); numbers in
+// numeric mode by their values.
 class TextSorter {
  public:
   TextSorter(const std::vector<std::u16string_view>& texts, int caseSensitive, int numeric, int skipLeadingBlanks,
@@ -378,45 +402,55 @@ class TextSorter {
     const size_t n = texts_.size();
     index.clear();
     if (n == 0) return 1;
-    BuildKeys();
-    buffer_.resize(n);
+    if (numeric_) ReadNumbers();
     struct Range {
       size_t lo, hi, depth;
     };
     std::vector<Range> work, top;
+    entries_.resize(n);
     if (numeric_ || n < kBucketFrom) {
+      for (size_t i = 0; i < n; ++i) Load(entries_[i], static_cast<uint32_t>(i), 0);
       top.push_back({0, n, 0});
+      scratch_.resize(n);
     } else {
-      // The first primary character splits the texts into buckets in one counting pass: where both
-      // texts have one it decides, and an empty text (first word 0) precedes every other one.
-      std::vector<size_t> start(65537, 0);
-      for (const auto& e : entries_) ++start[Bucket(e) + 1];
-      for (size_t b = 1; b <= 65536; ++b) start[b] += start[b - 1];
-      std::vector<size_t> fill(start.begin(), start.end() - 1);
-      for (const auto& e : entries_) buffer_[fill[Bucket(e)]++] = e;
-      entries_.swap(buffer_);
-      for (size_t b = 0; b < 65536; ++b)
+      // The first two primary bytes spread the texts into buckets: where both texts have them they
+      // decide, and a text that ends before (zeros) precedes every text that goes on. Each text goes
+      // straight to its place in its bucket, in order.
+      std::vector<uint32_t> start(kBuckets + 1, 0);
+      std::vector<uint16_t> bucketOf(n);
+      for (size_t i = 0; i < n; ++i) {
+        bucketOf[i] = FirstTwo(i);
+        ++start[bucketOf[i] + 1u];
+      }
+      size_t largest = 0;
+      for (size_t b = 0; b < kBuckets; ++b) {
+        largest = std::max<size_t>(largest, start[b + 1]);
+        start[b + 1] += start[b];
+      }
+      std::vector<uint32_t> fill(start.begin(), start.end() - 1);
+      for (size_t i = 0; i < n; ++i) Load(entries_[fill[bucketOf[i]]++], static_cast<uint32_t>(i), 0);
+      for (size_t b = 0; b < kBuckets; ++b)
         if (start[b + 1] > start[b]) top.push_back({start[b], start[b + 1], 0});
+      scratch_.resize(largest);
     }
     size_t done = 0;
     int shown = 0;
     for (const Range& bucket : top) {
       // A single range steps the pane per merge pass; buckets step it by the share sorted.
-      if (!MergeSort(bucket.lo, bucket.hi, top.size() == 1 ? progress : nullptr, 0)) return 0;
+      if (!MergeSort(bucket.lo, bucket.hi, top.size() == 1 ? progress : nullptr)) return 0;
       work.push_back(bucket);
       while (!work.empty()) {
         const Range r = work.back();
         work.pop_back();
         if (r.depth > 0) {
-          LoadChunks(r.lo, r.hi);
-          MergeSort(r.lo, r.hi, nullptr, r.depth);
+          for (size_t i = r.lo; i < r.hi; ++i) Load(entries_[i], entries_[i].id, r.depth);
+          MergeSort(r.lo, r.hi, nullptr);
         }
         // Runs that agree in this chunk and all go on beyond it are ordered by the next chunk.
-        const size_t next = (r.depth + 1) * kPrefixChars;
         for (size_t i = r.lo; i < r.hi;) {
           size_t j = i + 1;
-          if (entries_[i].length > next)
-            while (j < r.hi && entries_[j].length > next && SameChunk(entries_[i], entries_[j])) ++j;
+          if (entries_[i].more)
+            while (j < r.hi && entries_[j].more && SameChunk(entries_[i], entries_[j])) ++j;
           if (j - i >= 2) work.push_back({i, j, r.depth + 1});
           i = j;
         }
@@ -434,71 +468,55 @@ class TextSorter {
   }
 
  private:
-  // The bucket of an entry: its first primary character, in the order of the sort.
-  size_t Bucket(const TextEntry& e) const {
-    const auto first = static_cast<size_t>(e.prefix[0] >> 48);
-    return reverse_ ? 65535 - first : first;
+  size_t Start(std::u16string_view text) const {
+    size_t start = 0;
+    if (skip_)
+      while (start < text.size() && text[start] == u' ') ++start;
+    return start;
+  }
+
+  // The bucket of a text: its first two primary bytes (zeros after its end), in the order of the sort.
+  uint16_t FirstTwo(size_t i) const {
+    const std::u16string_view text = texts_[i];
+    uint8_t bytes[2] = {0, 0};
+    bool more = false;
+    PrimaryBytes(text, Start(text), 0, 2, bytes, &more);
+    const unsigned key = (bytes[0] << 8) | bytes[1];
+    return static_cast<uint16_t>(reverse_ ? 0xFFFF - key : key);
+  }
+
+  // Fills an entry with chunk `depth` of text `id` (its bytes from 24 * depth on). A deeper chunk is
+  // read from the text's start again: few texts need one, and they are short.
+  void Load(TextEntry& e, uint32_t id, size_t depth) const {
+    const std::u16string_view text = texts_[id];
+    uint8_t bytes[kChunkBytes] = {};
+    bool more = false;
+    e.id = id;
+    e.count = static_cast<uint8_t>(PrimaryBytes(text, Start(text), depth * kChunkBytes, kChunkBytes, bytes, &more));
+    e.more = more;
+    for (size_t w = 0; w < kChunkWords; ++w) {
+      uint64_t packed = 0;
+      for (size_t b = 0; b < 8; ++b) packed = (packed << 8) | bytes[8 * w + b];
+      e.prefix[w] = packed;
+    }
+  }
+
+  void ReadNumbers() {
+    const size_t n = texts_.size();
+    values_.resize(n);
+    isNumber_.resize(n);
+    for (size_t i = 0; i < n; ++i) {
+      const std::u16string_view text = texts_[i];
+      int level = kNumberEmpty;
+      values_[i] = text.empty() ? 0.0 : GetDouble(text.data(), 0, static_cast<int64_t>(text.size()), 1, &level);
+      isNumber_[i] = level <= kNumberEmpty ? 1 : 0;
+    }
   }
 
   static bool SameChunk(const TextEntry& a, const TextEntry& b) {
     for (size_t w = 0; w < kChunkWords; ++w)
       if (a.prefix[w] != b.prefix[w]) return false;
     return true;
-  }
-
-  void BuildKeys() {
-    const size_t n = texts_.size();
-    entries_.resize(n);
-    state_.resize(n);
-    if (numeric_) {
-      values_.resize(n);
-      isNumber_.resize(n);
-    }
-    for (size_t i = 0; i < n; ++i) {
-      const std::u16string_view text = texts_[i];
-      if (numeric_) {
-        int level = kNumberEmpty;
-        values_[i] = text.empty() ? 0.0 : GetDouble(text.data(), 0, static_cast<int64_t>(text.size()), 1, &level);
-        isNumber_[i] = level <= kNumberEmpty ? 1 : 0;
-      }
-      size_t start = 0;
-      if (skip_)
-        while (start < text.size() && text[start] == u' ') ++start;
-      size_t length = text.size() - start;
-      for (size_t k = start; k < text.size(); ++k) length += PrimaryReader::Expands(text[k]) ? 1 : 0;
-      state_[i] = {text.data(), static_cast<uint32_t>(text.size()), static_cast<uint32_t>(start), 0};
-      TextEntry& e = entries_[i];
-      e.length = static_cast<uint32_t>(std::min<size_t>(length, UINT32_MAX));
-      e.id = static_cast<uint32_t>(i);
-      LoadChunk(e);
-    }
-  }
-
-  // Packs the next twelve primary characters of the entry's text into its words (zeros after the
-  // end). Chunks are loaded in order, depth by depth, so the reader's position is kept per text.
-  void LoadChunk(TextEntry& e) {
-    ReaderState& r = state_[e.id];
-    const std::u16string_view text(r.text, r.size);
-    for (auto& word : e.prefix) word = 0;
-    for (size_t k = 0; k < kPrefixChars; ++k) {
-      const bool more = r.pending != 0 || r.pos < r.size;
-      const uint64_t c = more ? PrimaryReader::Next(text, r.pos, r.pending) : 0;
-      uint64_t& word = e.prefix[k / 4];
-      word = (word << 16) | c;
-    }
-  }
-
-  // Loads the next chunk of a run of entries; their texts lie anywhere, so they are fetched ahead.
-  void LoadChunks(size_t lo, size_t hi) {
-    constexpr size_t kAhead = 8;
-    for (size_t i = lo; i < hi; ++i) {
-      if (i + 2 * kAhead < hi) __builtin_prefetch(&state_[entries_[i + 2 * kAhead].id]);
-      if (i + kAhead < hi) {
-        const ReaderState& ahead = state_[entries_[i + kAhead].id];
-        __builtin_prefetch(ahead.text + ahead.pos);
-      }
-      LoadChunk(entries_[i]);
-    }
   }
 
   // StrCompare's result for the texts of two entries, from scratch.
@@ -524,20 +542,16 @@ class TextSorter {
         return 1;
       }
     }
-    const size_t base = depth_ * kPrefixChars;
-    const size_t shorter = std::min(a.length, b.length);
-    const size_t common = shorter > base ? shorter - base : 0;  // characters both still have here
-    // The first differing primary character decides when both texts still have it.
-    size_t w = 0;
-    while (w < kChunkWords && a.prefix[w] == b.prefix[w]) ++w;
-    if (w < kChunkWords) {
-      const auto at = 4 * w + static_cast<size_t>(__builtin_clzll(a.prefix[w] ^ b.prefix[w]) / 16);
-      if (at < common) return a.prefix[w] < b.prefix[w] ? -1 : 1;
-    } else if (common > kPrefixChars) {
-      return 0;
+    // The first differing primary byte decides when both texts still have it.
+    for (size_t w = 0; w < kChunkWords; ++w) {
+      const uint64_t x = a.prefix[w], y = b.prefix[w];
+      if (x == y) continue;
+      const auto at = 8 * w + static_cast<size_t>(std::countl_zero(x ^ y) / 8);
+      if (at < std::min(a.count, b.count)) return x < y ? -1 : 1;
+      return Collate(a, b);
     }
     // One primary sequence ends where the other agrees with it: lengths and tie-break decide.
-    return Collate(a, b);
+    return a.more && b.more ? 0 : Collate(a, b);
   }
 
   // Whether b must come before a.
@@ -545,50 +559,52 @@ class TextSorter {
     return reverse_ ? Compare(a, b) < 0 : Compare(b, a) < 0;
   }
 
-  // A stable merge sort of entries_[lo, hi): insertion-sorted runs, then merge passes.
-  bool MergeSort(size_t lo, size_t hi, KwProgress* progress, size_t depth) {
-    depth_ = depth;
-    for (size_t s = lo; s < hi; s += kInsertionRun) InsertionSort(s, std::min(hi, s + kInsertionRun));
+  // A stable merge sort of entries_[lo, hi): insertion-sorted runs, then merge passes through the
+  // scratch space.
+  bool MergeSort(size_t lo, size_t hi, KwProgress* progress) {
+    const size_t m = hi - lo;
+    TextEntry* const base = entries_.data() + lo;
+    for (size_t s = 0; s < m; s += kInsertionRun) InsertionSort(base + s, std::min(m - s, kInsertionRun));
     int passes = 0;
-    for (size_t width = kInsertionRun; width < hi - lo; width *= 2) ++passes;
-    TextEntry* from = entries_.data();
-    TextEntry* to = buffer_.data();
+    for (size_t width = kInsertionRun; width < m; width *= 2) ++passes;
+    TextEntry* from = base;
+    TextEntry* to = scratch_.data();
     int pass = 0;
-    for (size_t width = kInsertionRun; width < hi - lo; width *= 2) {
-      for (size_t s = lo; s < hi; s += 2 * width)
-        Merge(from, to, s, std::min(hi, s + width), std::min(hi, s + 2 * width));
+    for (size_t width = kInsertionRun; width < m; width *= 2) {
+      for (size_t s = 0; s < m; s += 2 * width)
+        Merge(from + s, std::min(width, m - s), std::min(2 * width, m - s), to + s);
       std::swap(from, to);
       ++pass;
       if (progress != nullptr && progress->Step(pass * 100 / passes) == 0) return false;
     }
-    if (from != entries_.data()) std::copy(from + lo, from + hi, entries_.data() + lo);
+    if (from != base) std::copy(from, from + m, base);
     return true;
   }
 
-  void InsertionSort(size_t lo, size_t hi) {
-    for (size_t i = lo + 1; i < hi; ++i) {
-      const TextEntry e = entries_[i];
+  void InsertionSort(TextEntry* a, size_t m) const {
+    for (size_t i = 1; i < m; ++i) {
+      const TextEntry e = a[i];
       size_t j = i;
-      while (j > lo && Before(e, entries_[j - 1])) {
-        entries_[j] = entries_[j - 1];
+      while (j > 0 && Before(e, a[j - 1])) {
+        a[j] = a[j - 1];
         --j;
       }
-      entries_[j] = e;
+      a[j] = e;
     }
   }
 
-  void Merge(const TextEntry* from, TextEntry* to, size_t lo, size_t mid, size_t hi) const {
-    size_t i = lo, j = mid, k = lo;
-    while (i < mid && j < hi) to[k++] = Before(from[j], from[i]) ? from[j++] : from[i++];
+  // Merges from[0, mid) and from[mid, end) into to[0, end).
+  void Merge(const TextEntry* from, size_t mid, size_t end, TextEntry* to) const {
+    size_t i = 0, j = mid, k = 0;
+    while (i < mid && j < end) to[k++] = Before(from[j], from[i]) ? from[j++] : from[i++];
     while (i < mid) to[k++] = from[i++];
-    while (j < hi) to[k++] = from[j++];
+    while (j < end) to[k++] = from[j++];
   }
 
   const std::vector<std::u16string_view>& texts_;
   int caseSensitive_, numeric_, skip_, reverse_;
-  size_t depth_ = 0;  // the chunk of primary characters the entries' words hold
-  std::vector<TextEntry> entries_, buffer_;
-  std::vector<ReaderState> state_;  // per text
+  std::vector<TextEntry> entries_;
+  std::vector<TextEntry> scratch_;  // merge space for the largest range sorted at once
   std::vector<double> values_;
   std::vector<char> isNumber_;
 };

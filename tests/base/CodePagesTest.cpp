@@ -4,6 +4,7 @@
 #include <iconv.h>
 
 #include <cstring>
+#include <random>
 #include <string>
 
 #include "support/TestSupport.h"
@@ -194,6 +195,7 @@ TEST(CodePages, InvalidUtf8BecomesSurrogateEscapesAndWritesBackByteForByte) {
   const Row rows[] = {
       {"stray continuation", "a\x80" "b", u"a\xDC80" u"b"},
       {"truncated two-byte", "a\xC3", u"a\xDCC3"},
+      {"two-byte lead before ASCII", "\xC3" "a", u"\xDCC3" u"a"},
       {"truncated three-byte then ASCII", "\xE2\x82" "x", u"\xDCE2\xDC82x"},
       {"overlong slash", "\xC0\xAF", u"\xDCC0\xDCAF"},
       {"overlong three-byte", "\xE0\x80\xAF", u"\xDCE0\xDC80\xDCAF"},
@@ -262,6 +264,31 @@ TEST(CodePages, FullDestinationStopsAtAWholeCharacter) {
 }
 
 TEST(CodePages, FastPathsAgreeWithTheCharacterLoop) {
+  // Decoding a text whole (eight bytes at a time where it can, two-byte characters at once) gives what
+  // feeding it byte by byte gives, where every character goes through the general loop.
+  std::mt19937 random(3);
+  const std::string pieces[] = {"a", "xyzxyzxyz", "\xC3\xA4", "\xC3", "\x80", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
+                                "\xFF", "\r\n", "\xDF", "\xC3\xBF\xC2\xA0"};
+  for (int round = 0; round < 300; ++round) {
+    std::string bytes;
+    for (size_t k = random() % 12; k > 0; --k) bytes += pieces[random() % std::size(pieces)];
+    for (const unsigned codePage : {65001u, 1252u, 437u}) {
+      std::u16string fed;
+      std::string carry;
+      for (size_t i = 0; i <= bytes.size(); ++i) {
+        const bool final = i == bytes.size();
+        if (!final) carry += bytes[i];
+        char16_t out[8];
+        int64_t used = 0, written = 0;
+        ASSERT_EQ(DecodeBytes(codePage, carry.data(), static_cast<int64_t>(carry.size()), out, 8, final, &used,
+                              &written),
+                  kErrorSuccess);
+        fed.append(out, static_cast<size_t>(written));
+        carry.erase(0, static_cast<size_t>(used));
+      }
+      EXPECT_EQ(Decode(codePage, bytes), fed) << codePage << " round " << round;
+    }
+  }
   // Long ASCII runs with non-ASCII at every offset around the 8-byte blocks.
   for (size_t at = 0; at < 20; ++at) {
     std::u16string text(24, u'x');

@@ -299,7 +299,8 @@ std::vector<std::u16string> CollationTexts(int n, unsigned seed) {
   const std::u16string pieces[] = {u"a",  u"A",  u"\u00e4", u"\u00c4", u"ae", u"AE", u"Ae", u"o",  u"\u00f6",
                                    u"oe", u"u",  u"\u00fc", u"\u00dc", u"ue", u"s",  u"ss", u"sz", u"\u00df",
                                    u"z",  u"_",  u" ",      u"1",      u"12", u"2",  u",5", u".5", u"-",
-                                   u"M\u00fcller", u"Mueller", u"Masse", u"Ma\u00dfe", u"\u00ff", u"\u00f7", u"x"};
+                                   u"M\u00fcller", u"Mueller", u"Masse", u"Ma\u00dfe", u"\u00ff", u"\u00f7", u"x",
+                                   u"\u00fe", u"\u0100", u"\uffff", u"Vermessungsgrenzsteine"};
   std::vector<std::u16string> texts(static_cast<size_t>(n));
   for (auto& t : texts)
     for (size_t k = random() % 5; k > 0; --k) t += pieces[random() % std::size(pieces)];
@@ -333,6 +334,32 @@ TEST(SortTextsStable, EqualsAStableSortByStrCompare) {
   for (auto& t : texts) t += u'x';
   texts[17].clear();  // an empty text precedes all others
   texts[18] = u"   ";
+  const std::vector<std::u16string_view> views(texts.begin(), texts.end());
+  for (int flags = 0; flags < 16; ++flags) {
+    const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
+    Index index;
+    ASSERT_EQ(kw::SortTextsStable(views, caseSensitive, numeric, skip, reverse, index, nullptr), 1);
+    const Index expected = StableOrder(6000, [&](int64_t a, int64_t b) {
+      return reverse ? kw::StrCompare(texts[b], texts[a], caseSensitive, numeric, skip) < 0
+                     : kw::StrCompare(texts[a], texts[b], caseSensitive, numeric, skip) < 0;
+    });
+    EXPECT_EQ(index, expected) << "flags " << flags;
+  }
+}
+
+// Texts that agree far beyond the packed start of a key are ordered by the next parts, and characters
+// above U+00FE take three bytes there, also where one part of a key ends and the next begins.
+TEST(SortTextsStable, LongCommonStartsAndWideCharactersAtEveryOffset) {
+  std::mt19937 random(5);
+  const std::u16string starts[] = {u"", u"Vermessungsgrenzstein ", u"VERMESSUNGSGRENZSTEIN\u00c4_der Gemarkung "};
+  const std::u16string pieces[] = {u"a",      u"A",      u"\u00e4", u"ss",     u"\u00df", u"\u00fe", u"\u00ff",
+                                   u"\u0100", u"\u01ff", u"\u0300", u"\u20ac", u"\uffff", u"_", u" ", u"z"};
+  std::vector<std::u16string> texts(6000);
+  for (auto& t : texts) {
+    t = starts[random() % std::size(starts)] + std::u16string(random() % 30, u'x');
+    for (size_t k = 1 + random() % 5; k > 0; --k) t += pieces[random() % std::size(pieces)];
+    t += u'x';
+  }
   const std::vector<std::u16string_view> views(texts.begin(), texts.end());
   for (int flags = 0; flags < 16; ++flags) {
     const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;

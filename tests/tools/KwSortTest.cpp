@@ -115,10 +115,13 @@ TEST_F(KwSort, LineEndsAndEndOfFile) {
   EXPECT_EQ(SortText("b\na", ""), "a\nb\n");            // a last line without its end gets one
   EXPECT_EQ(SortText("b\r\na\r\n\x1A", ""), "a\r\nb\r\n\x1A");  // Ctrl-Z stays at the end
   EXPECT_EQ(SortText("", ""), "");
+  // The file is read in blocks of 2^17 units; a CR LF split between two of them is still one line end.
+  const std::string longLine(131071, 'b');
+  EXPECT_EQ(SortText(longLine + "\r\na\r\n", ""), "a\r\n" + longLine + "\r\n");
 }
 
-TEST_F(KwSort, LargeFilesSortInTwoHalvesWithTheSameResult) {
-  // Enough lines for the two-halves path; short lines with umlauts, case variants and many equal ones.
+TEST_F(KwSort, LargeFilesEqualAStableSortByStrCompare) {
+  // Enough lines for a progress pane and the bucket path; short lines with umlauts, case variants and many equal ones.
   const char* const words[] = {"M\xFCller", "Mueller", "mueller", "Ma\xDF" "e", "Masse", "\xC4pfel", "apfel", "Zahl", "zahl"};
   std::string text;
   std::vector<std::u16string> lines;
