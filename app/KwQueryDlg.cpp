@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "base/Text.h"
 
@@ -19,6 +20,11 @@ int LongestWord(const std::u16string& message) {
   for (int64_t field = 0; LimitText(message.c_str(), u" ", field, range, 0, 0) != 0; ++field)
     longest = std::max(longest, range[1] - range[0]);
   return static_cast<int>(std::min<int64_t>(longest, 1 << 20));
+}
+
+// Writes a window rectangle to the application's trace, when it traces.
+void TraceRect(const char16_t* format, const BoxRect& r) {
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(format, r.top, r.bottom, r.left, r.right);
 }
 
 }  // namespace
@@ -47,6 +53,7 @@ BoxRect KwQueryDlg::SetRect(int left, int top, int width, int height) const {
   r.top = top * m_VScale / 100;
   r.right = (left + width) * m_HScale / 100;
   r.bottom = (top + height) * m_VScale / 100;
+  TraceRect(u"QueryDlg.SetRect: Window top=%d bottom=%d left=%d right=%d", r);
   return r;
 }
 
@@ -149,6 +156,10 @@ void KwQueryDlg::OnInitDialog() {
   m_Layout.owner = m_Owner;
   m_Layout.wrapChars = u.wrapChars;
   m_Layout.window = {0, 0, m_HScale * u.width / 100 + 6, m_VScale * u.height / 100};
+  TraceRect(u"QueryDlg.OnInitDialog: Window top=%d bottom=%d left=%d right=%d", m_Layout.window);
+  // The platform centres the box over its owner when it shows it; the rectangle handed over is the
+  // one at the origin, so that is what the centred trace line can name.
+  TraceRect(u"QueryDlg.OnInitDialog: Centered Window top=%d bottom=%d left=%d right=%d", m_Layout.window);
 
   u.text = {u.margin, 7, u.width - 2, u.textHeight};
   m_Layout.textRect = SetRect(u.margin, 7, u.width - u.margin - 2, u.textHeight - 7);
@@ -171,6 +182,7 @@ void KwQueryDlg::OnSetActive() {
   KW_ASSERT_AT("QUERYBOX", 653, m_Default >= 0 && m_Default < kMaxButtons);  // the button exists
   // A default beyond the shown buttons would be a hidden button: the box then has no default.
   m_Layout.defaultButton = m_Default >= 0 && m_Default < m_Buttons ? m_Default : -1;
+  TraceRect(u"QueryDlg.OnSetActive: Window top=%d bottom=%d left=%d right=%d", m_Layout.window);
 }
 
 }  // namespace kw

@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "app/KwQueryDlg.h"
+#include "app/KwWinApp.h"
 #include "platform/Platform.h"
 
 namespace kw {
@@ -37,7 +38,11 @@ BeepClass QueryBoxBeep(uint32_t pictureId) {
 int64_t QueryBoxArgs(const std::u16string& sender, uint32_t helpId, uint32_t pictureId, uint32_t style,
                      std::u16string_view rawText, std::span<const FormatArg> args) {
   Platform& platform = GetPlatform();
+  const bool tracing = IsKwWinApp() && GetKwWinApp()->GetTraceMode();
+  if (tracing)
+    GetKwWinApp()->Trace(u"QueryBox III: pMainWnd = %x Sender=%s Text=%s", platform.GetMainWindow(), sender, rawText);
   if (platform.GetMainWindow() == 0) return 2;
+  if (tracing) GetKwWinApp()->Trace(u"QueryBox III: ReferenceCount = %d", g_OpenBoxes);
   if (g_OpenBoxes != 0) return 2;  // boxes never nest
   OpenBox open;
 

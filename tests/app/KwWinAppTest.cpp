@@ -5,6 +5,7 @@
 #include <regex>
 #include <unistd.h>
 
+#include "app/QueryBox.h"
 #include "app/StringTable.h"
 #include "base/KwFolders.h"
 #include "support/TestSupport.h"
@@ -188,6 +189,35 @@ TEST_F(KwWinAppTest, EditParamsDefaultAndReplace) {
   EXPECT_EQ(app.GetEditParams().makeBackups, 0);
   EXPECT_EQ(app.GetEditParams().eolDisplayChar, u'\u00B6');
   EXPECT_EQ(app.GetEditParams().eolDisplayOption, 2);
+}
+
+// The query box writes its trace lines only while the application traces.
+TEST_F(KwWinAppTest, QueryBoxTracesItsStepsWhileTracing) {
+  TestApp app;
+  kw::QueryBox(u"File", 0, 0, 0, u"Hi %s|&A|&B", u"x");
+  EXPECT_TRUE(platform_.debugOutput.empty());
+
+  app.StartInitalTrace();
+  kw::QueryBox(u"File", 0, 0, 0, u"Hi %s|&A|&B", u"x");
+  ASSERT_EQ(platform_.debugOutput.size(), 8u);
+  EXPECT_EQ(platform_.debugOutput[0], u"QueryBox III: pMainWnd = 1 Sender=File Text=Hi %s|&A|&B\n");
+  EXPECT_EQ(platform_.debugOutput[1], u"QueryBox III: ReferenceCount = 0\n");
+  const auto& box = platform_.boxes.back();
+  const auto rect = [](const char16_t* what, const kw::BoxRect& r) {
+    return kw::Format(u"%s top=%d bottom=%d left=%d right=%d\n", what, r.top, r.bottom, r.left, r.right);
+  };
+  EXPECT_EQ(platform_.debugOutput[2], rect(u"QueryDlg.OnInitDialog: Window", box.window));
+  EXPECT_EQ(platform_.debugOutput[3], rect(u"QueryDlg.OnInitDialog: Centered Window", box.window));
+  EXPECT_EQ(platform_.debugOutput[4], rect(u"QueryDlg.SetRect: Window", box.textRect));
+  EXPECT_EQ(platform_.debugOutput[5], rect(u"QueryDlg.SetRect: Window", box.buttonRects[0]));
+  EXPECT_EQ(platform_.debugOutput[6], rect(u"QueryDlg.SetRect: Window", box.buttonRects[1]));
+  EXPECT_EQ(platform_.debugOutput[7], rect(u"QueryDlg.OnSetActive: Window", box.window));
+
+  platform_.debugOutput.clear();
+  platform_.mainWindow = 0;  // no box: only the first line
+  EXPECT_EQ(kw::QueryBox(u"File", 0, 0, 0, u"Gone"), 2);
+  EXPECT_EQ(platform_.debugOutput, std::vector<std::u16string>{u"QueryBox III: pMainWnd = 0 Sender=File Text=Gone\n"});
+  EXPECT_EQ(app.GetTraceLines(), 9);
 }
 
 }  // namespace
