@@ -17,12 +17,18 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/Format.h"
+#include "platform/Platform.h"
 
 namespace kw {
 
+class KwCommandLineInfo;
+class KwDocManager;
 class KwFile;
+class KwFolders;
+class KwPersistence;
 
 // Editing options shared by every text document of the application.
 struct KwEditParams {
@@ -67,13 +73,94 @@ class KwWinApp {
   // The open trace file's name; empty when there is no trace file.
   std::u16string GetTraceFileName() const;
 
-  // Edit parameters: loaded on first use, saved when the application object goes away.
+  // Edit parameters: loaded on first use from the user settings file (section "WinApp", keys
+  // "MakeBackups", "EolDisplayChar" as the character's number, "EolDisplayOption"); written back when the
+  // application object goes away if they were changed.
   const KwEditParams& GetEditParams();
   void SetEditParams(const KwEditParams& params);
   void LoadEditParams();
   void SaveEditParams();
 
+  // --- Shared objects: made on first use, owned by the application object until its destructor ---
+  // The process's folder set (the one GetFolders() of the folder service gives). Once asked for here,
+  // its data, regional and project folders are read from and saved to the user settings file (section
+  // "Folders").
+  KwFolders* GetFolders();
+  // The persistence table for the two settings files.
+  KwPersistence* GetPersist();
+  // The document types of the application.
+  KwDocManager* GetDocManager();
+
+  // Help: opens "QUORIX.CHM" of the executable folder at `topic` (0: the start page). The Ctrl key held
+  // down also means the start page. Failures are reported with messages 1020 and 1021.
+  void ShowHelp(WindowId window, uint32_t topic);
+  // The keyword of a help topic as the help viewer receives it: the decimal digits as 8-bit characters
+  // packed two to a unit (low byte first), a zero byte, a second zero byte when the number of digits is
+  // odd, and the last unit filled up with zero.
+  static std::u16string PackHelpKeyword(uint32_t topic);
+
+  // Names of files to delete when the application object goes away; a name already listed is not
+  // added twice. Returns 0 only when the list cannot be made.
+  int AddFileToRemove(const std::u16string& name);
+  const std::vector<std::u16string>* GetFilesToRemove() const { return filesToRemove_.get(); }
+
+  // --- The auxiliary program QXADMIN: up to 32 instances, instance id (1..32) = slot bit id - 1 ---
+  // The lowest free id; 33 when all are taken.
+  int GetQXAdminID() const;
+  // Takes or frees the id's slot (toggles); ids outside 1..32 change nothing.
+  void UpdateQXAdminStatus(int id);
+  uint32_t GetQXAdminMask() const { return qxAdminMask_; }
+  // Starts "QXADMIN.EXE" of the executable folder with the id; takes the slot on success (1).
+  // On failure reports message 1028 when `report` is non-zero and returns 0.
+  int RunQXAdmin(int id, int report);
+  // Sends `text` to the instance "QXADMIN<id>", looking for it for up to the search time (5 seconds)
+  // without pausing. 1 when the instance answered 1; otherwise message 1029 and the slot is freed.
+  int SendToQXAdmin(int id, const std::u16string& text);
+  // The search time of SendToQXAdmin in seconds (5.0).
+  void SetQXAdminSearchSeconds(double seconds) { qxAdminSearchSeconds_ = seconds; }
+  // Starts "QUORIX_W.EXE" and "TOPRAX_W.EXE" of `folder` with "/RegServer"; 1 when both started,
+  // otherwise message 1027 when `report` is non-zero, and 0.
+  int RegisterApps(const std::u16string& folder, int report);
+
+  // --- Command line ---
+  // Handles the unregister command (removes the document types, asks Unregister, reports unless the
+  // command line asked for silence, returns 0: the application ends). Other commands go to
+  // OnShellCommand.
+  int ProcessShellCommand(KwCommandLineInfo& info);
+  // Whether unregistering the application succeeded; the base has nothing more to remove.
+  virtual int Unregister() { return 1; }
+  // The framework's handling of every other shell command: registering the document types (returns 0,
+  // the application ends) and nothing for the rest (returns 1: go on). Applications override it to
+  // open or print documents.
+  virtual int OnShellCommand(KwCommandLineInfo& info);
+  // The command line that ProcessShellCommand handled last; null before.
+  const KwCommandLineInfo* GetCmdInfo() const { return cmdInfo_.get(); }
+
+  // --- Date and time formats (KwTime conversions), from the user settings file (section "WinApp",
+  // keys "DateFormat" and "TimeFormat"); by default "%d.%m.%Y" and "%2H:%2M:%S" ---
+  void LoadDateTimeFormat();
+  const std::u16string& GetDateFormatW();
+  const std::u16string& GetTimeFormatW();
+  // Order of the date fields: 0 month-day-year, 1 day-month-year, 2 year-month-day.
+  int GetDateOrder();
+  // 1 for a 24-hour clock, 0 for 12 hours (a format that has no %H).
+  int GetTimeOrder();
+
+  // --- Printer settings: plain values kept for the print dialogs ---
+  const std::u16string& GetPrinterName() const { return printerName_; }
+  void SetPrinterName(const std::u16string& name) { printerName_ = name; }
+  const std::u16string& GetPortName() const { return portName_; }
+  void SetPortName(const std::u16string& name) { portName_ = name; }
+  int GetPrintingOrientation() const { return orientation_; }  // 1 portrait, 2 landscape
+  void SetPrintingOrientation(int orientation) { orientation_ = orientation; }
+  int GetPrintingDuplex() const { return duplex_; }  // 1 simplex, 2 vertical, 3 horizontal
+  void SetPrintingDuplex(int duplex) { duplex_ = duplex; }
+  int GetPrintingPaperSize() const { return paperSize_; }  // paper size number; 9 = A4
+  void SetPrintingPaperSize(int size) { paperSize_ = size; }
+
  private:
+  void SaveFolders();
+
   std::unique_ptr<KwFile> traceFile_;  // created by StartInitalTrace or the first SetTraceMode
   bool traceOn_ = false;               // set only when traceFile_ was opened; cleared when it is closed
   int64_t traceLines_ = 0;             // lines written to the trace file since construction
@@ -81,6 +168,22 @@ class KwWinApp {
 
   KwEditParams editParams_;
   bool editParamsLoaded_ = false;
+  bool editParamsChanged_ = false;  // SetEditParams since loading: saved at the end
+
+  KwFolders* folders_ = nullptr;  // the folder service's set, once asked for (not deleted here)
+  std::unique_ptr<KwPersistence> persist_;
+  std::unique_ptr<KwDocManager> docManager_;
+  std::unique_ptr<std::vector<std::u16string>> filesToRemove_;  // made on first use
+  std::unique_ptr<KwCommandLineInfo> cmdInfo_;
+
+  uint32_t qxAdminMask_ = 0;  // bit i set: instance i + 1 of QXADMIN runs
+  double qxAdminSearchSeconds_ = 5.0;
+
+  bool dateTimeLoaded_ = false;
+  std::u16string dateFormat_, timeFormat_;
+
+  std::u16string printerName_, portName_;
+  int orientation_ = 1, duplex_ = 1, paperSize_ = 9;
 };
 
 // The current application object, or null when none exists.

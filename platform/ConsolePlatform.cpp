@@ -1,6 +1,7 @@
 #include "platform/ConsolePlatform.h"
 
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,10 +9,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "base/CodePages.h"
+#include "platform/PeerChannel.h"
 
 extern char** environ;
 
@@ -138,6 +142,95 @@ std::vector<std::u16string> WrapMessage(const std::u16string& message, int width
   return lines;
 }
 
+// Children started by ShellOpen and not yet reaped.
+std::vector<pid_t>& Children() {
+  static std::vector<pid_t> children;
+  return children;
+}
+
+void ReapChildren() {
+  auto& children = Children();
+  std::erase_if(children, [](pid_t pid) { return ::waitpid(pid, nullptr, WNOHANG) != 0; });
+}
+
+// Starts args[0] (searched in PATH when it has no "/") with the arguments; 0 or the error number.
+int Spawn(const std::vector<std::string>& args) {
+  std::vector<std::string> copy(args);
+  std::vector<char*> argv;
+  for (auto& a : copy) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  pid_t pid;
+  const int rc = ::posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ);
+  if (rc == 0) Children().push_back(pid);
+  return rc;
+}
+
+// A parameter string as a shell's command line gives it: split at blanks, double quotes group.
+std::vector<std::u16string> SplitParameters(const std::u16string& parameters) {
+  std::vector<std::u16string> out;
+  std::u16string current;
+  bool quoted = false, any = false;
+  for (char16_t c : parameters) {
+    if (c == u'"') {
+      quoted = !quoted;
+      any = true;
+    } else if ((c == u' ' || c == u'\t') && !quoted) {
+      if (any) out.push_back(current);
+      current.clear();
+      any = false;
+    } else {
+      current += c;
+      any = true;
+    }
+  }
+  if (any) out.push_back(current);
+  return out;
+}
+
+// Where the desktop's file associations live: desktop entries and shared-mime-info packages in the
+// user's data folder ($XDG_DATA_HOME, or ~/.local/share).
+struct DocumentTypeFiles {
+  std::string desktop, mime, mimeType;  // empty when there is no data folder or no usable id
+};
+
+DocumentTypeFiles DocumentTypePaths(const std::u16string& typeId) {
+  DocumentTypeFiles files;
+  std::string base;
+  if (const char* data = std::getenv("XDG_DATA_HOME"); data && *data) base = data;
+  else if (const char* home = std::getenv("HOME"); home && *home) base = std::string(home) + "/.local/share";
+  std::string id = ToUtf8(typeId);
+  if (base.empty() || id.empty()) return files;
+  for (char& c : id)
+    if (c == '/' || c == ' ') c = '_';
+  std::string lower;
+  for (char c : id) lower += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+  files.desktop = base + "/applications/kwbase-" + id + ".desktop";
+  files.mime = base + "/mime/packages/kwbase-" + id + ".xml";
+  files.mimeType = "application/x-kwbase-" + lower;
+  return files;
+}
+
+std::string XmlEscape(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+bool WriteWholeFile(const std::string& path, const std::string& contents) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << contents;
+  out.close();
+  return static_cast<bool>(out);
+}
+
 }  // namespace
 
 ConsolePlatform::ConsolePlatform()
@@ -216,28 +309,87 @@ std::unique_ptr<KwProgress> ConsolePlatform::CreateProgress(const std::u16string
   return std::make_unique<SilentProgress>();
 }
 
+// Programs are started detached: the platform keeps no handle on them. Those that ended are reaped
+// at the next start, so that a long-running program leaves no zombies behind.
 intptr_t ConsolePlatform::ShellOpen(const std::u16string& file, const std::u16string& parameters) {
-  std::string program = ToUtf8(file);
-  std::vector<std::string> args{program};
-  if (!parameters.empty()) args.push_back(ToUtf8(parameters));
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  pid_t pid;
-  const int rc = posix_spawnp(&pid, program.c_str(), nullptr, nullptr, argv.data(), environ);
-  if (rc != 0) {
-    lastError_ = static_cast<uint32_t>(rc);
-    return rc == ENOENT ? 2 : 0;  // 2: file not found, as the shell reports it
+  ReapChildren();
+  const std::string path = ToUtf8(file);
+  struct stat st;
+  if (path.empty() || ::stat(path.c_str(), &st) != 0) {
+    lastError_ = ENOENT;
+    return 2;  // file not found, as the shell reports it
   }
-  return 33;
+  std::vector<std::string> args;
+  if (S_ISREG(st.st_mode) && ::access(path.c_str(), X_OK) == 0) {
+    args.push_back(path);
+    for (auto& p : SplitParameters(parameters)) args.push_back(ToUtf8(p));
+  } else {
+    // A document (or a folder): the desktop's opener chooses the program. Parameters belong to programs.
+    args = {"xdg-open", path};
+  }
+  const int rc = Spawn(args);
+  if (rc == 0) return 33;
+  lastError_ = static_cast<uint32_t>(rc);
+  if (rc == ENOENT) return args[0] == "xdg-open" ? 31 : 2;  // 31: no program is associated
+  if (rc == EACCES) return 5;                                 // access denied
+  return 0;
 }
 
-bool ConsolePlatform::FindPeer(const std::u16string&) { return false; }
-intptr_t ConsolePlatform::SendToPeer(const std::u16string&, uint32_t, const std::u16string&) { return 0; }
-bool ConsolePlatform::ShowHelp(const std::u16string&, const std::u16string&) { return false; }
-bool ConsolePlatform::RegisterDocumentType(const DocumentType&) { return false; }
-bool ConsolePlatform::UnregisterDocumentType(const std::u16string&) { return false; }
-bool ConsolePlatform::IsDocumentTypeRegistered(const std::u16string&) { return false; }
+bool ConsolePlatform::FindPeer(const std::u16string& title) { return IsPeerListening(title); }
+
+intptr_t ConsolePlatform::SendToPeer(const std::u16string& title, uint32_t tag, const std::u16string& data) {
+  return SendToPeerSocket(title, tag, data);
+}
+
+// The system's viewer opens the help file at its start page; it cannot look up a keyword, so a lookup
+// fails and the caller falls back to the default topic.
+bool ConsolePlatform::ShowHelp(const std::u16string& helpFile, const std::u16string& keyword) {
+  if (!keyword.empty()) return false;
+  const std::string path = ToUtf8(helpFile);
+  if (::access(path.c_str(), R_OK) != 0) return false;
+  ReapChildren();
+  return Spawn({"xdg-open", path}) == 0;
+}
+
+bool ConsolePlatform::RegisterDocumentType(const DocumentType& type) {
+  const DocumentTypeFiles files = DocumentTypePaths(type.typeId);
+  if (files.desktop.empty()) return false;
+  std::error_code ec;
+  std::filesystem::create_directories(std::filesystem::path(files.desktop).parent_path(), ec);
+  std::filesystem::create_directories(std::filesystem::path(files.mime).parent_path(), ec);
+  std::string command = ToUtf8(type.command);
+  if (command.find_first_of(" \t\"") != std::string::npos) {
+    std::string quoted = "\"";
+    for (char c : command) quoted += (c == '"' || c == '\\' || c == '`' || c == '$') ? std::string("\\") + c : std::string(1, c);
+    command = quoted + "\"";
+  }
+  const std::string desktop = "[Desktop Entry]\nType=Application\nName=" + ToUtf8(type.description) +
+                              "\nExec=" + command + " %f\nMimeType=" + files.mimeType +
+                              ";\nNoDisplay=true\n";
+  std::string glob;
+  if (!type.extension.empty()) glob = "    <glob pattern=\"*" + XmlEscape(ToUtf8(type.extension)) + "\"/>\n";
+  const std::string mime = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                           "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+                           "  <mime-type type=\"" + files.mimeType + "\">\n"
+                           "    <comment>" + XmlEscape(ToUtf8(type.description)) + "</comment>\n" + glob +
+                           "  </mime-type>\n</mime-info>\n";
+  return WriteWholeFile(files.desktop, desktop) && WriteWholeFile(files.mime, mime);
+}
+
+bool ConsolePlatform::UnregisterDocumentType(const std::u16string& typeId) {
+  const DocumentTypeFiles files = DocumentTypePaths(typeId);
+  if (files.desktop.empty()) return false;
+  std::error_code ec;
+  const bool desktop = std::filesystem::remove(files.desktop, ec);
+  const bool mime = std::filesystem::remove(files.mime, ec);
+  return desktop || mime;
+}
+
+bool ConsolePlatform::IsDocumentTypeRegistered(const std::u16string& typeId) {
+  const DocumentTypeFiles files = DocumentTypePaths(typeId);
+  return !files.desktop.empty() && ::access(files.desktop.c_str(), R_OK) == 0 &&
+         ::access(files.mime.c_str(), R_OK) == 0;
+}
 
 void ConsolePlatform::DebugOutput(const std::u16string& text) {
   // The debugger's output of a terminal program: shown only when asked for.

@@ -69,11 +69,13 @@ class Platform {
   virtual intptr_t ShellOpen(const std::u16string& file, const std::u16string& parameters) = 0;
   // Whether a peer with this window title (instance name) is reachable now.
   virtual bool FindPeer(const std::u16string& title) = 0;
-  // Sends UTF-16 data (terminator included) with a data tag to the peer; returns the peer's reply,
-  // or 0 when it could not be delivered.
+  // Sends UTF-16 data with a data tag to the peer (the platform adds the terminating zero, so the peer
+  // receives (length + 1) * 2 bytes); returns the peer's reply, or 0 when it could not be delivered.
   virtual intptr_t SendToPeer(const std::u16string& title, uint32_t tag, const std::u16string& data) = 0;
 
-  // Help: opens `helpFile` at the topic found by `keyword` (empty: the default topic).
+  // Help: opens `helpFile` at the topic found by `keyword` (empty: the default topic); false when the
+  // file or the topic could not be shown. The keyword comes as the help viewer takes it: 8-bit
+  // characters packed two to a unit, low byte first, ending in a zero unit.
   virtual bool ShowHelp(const std::u16string& helpFile, const std::u16string& keyword) = 0;
 
   // Document types.

@@ -43,13 +43,22 @@ std::unique_ptr<KwProgress> ScriptedPlatform::CreateProgress(const std::u16strin
 
 intptr_t ScriptedPlatform::ShellOpen(const std::u16string& file, const std::u16string& parameters) {
   shellOpens.emplace_back(file, parameters);
-  return shellResult;
+  if (shellResults.empty()) return shellResult;
+  const intptr_t result = shellResults.front();
+  shellResults.pop_front();
+  return result;
 }
 
-intptr_t ScriptedPlatform::SendToPeer(const std::u16string& title, uint32_t, const std::u16string& data) {
+bool ScriptedPlatform::FindPeer(const std::u16string& title) {
+  ++peerSearches;
+  return peerSearches > peerHiddenSearches && peers.count(title) != 0;
+}
+
+intptr_t ScriptedPlatform::SendToPeer(const std::u16string& title, uint32_t tag, const std::u16string& data) {
   auto it = peers.find(title);
   if (it == peers.end()) return 0;
   sent.emplace_back(title, data);
+  sentTags.push_back(tag);
   return it->second;
 }
 
@@ -59,6 +68,7 @@ bool ScriptedPlatform::ShowHelp(const std::u16string& helpFile, const std::u16st
 }
 
 bool ScriptedPlatform::RegisterDocumentType(const DocumentType& type) {
+  if (!registerResult) return false;
   registered.push_back(type);
   return true;
 }

@@ -21,8 +21,11 @@ class ScriptedPlatform : public Platform {
   std::deque<int> answers;      // results of the next boxes; empty queue: the box is cancelled (2)
   int stopProgressAtStep = -1;  // the n-th Step call (counted over all panes, from 1) returns 0
   intptr_t shellResult = 33;
+  std::deque<intptr_t> shellResults;  // results of the next starts, before shellResult applies
   std::map<std::u16string, intptr_t> peers;  // reachable peers and their replies
+  int peerHiddenSearches = 0;  // the first n FindPeer calls find nothing (a peer still starting)
   bool helpResult = true;
+  bool registerResult = true;  // what RegisterDocumentType answers (a refused type is not recorded)
   uint32_t lastError = 0;
   std::map<uint32_t, std::u16string> errorTexts;
 
@@ -31,6 +34,8 @@ class ScriptedPlatform : public Platform {
   std::vector<BeepClass> beeps;
   std::vector<std::pair<std::u16string, std::u16string>> shellOpens;  // file, parameters
   std::vector<std::pair<std::u16string, std::u16string>> sent;        // peer, data
+  std::vector<uint32_t> sentTags;                                     // the data tag of each send
+  int peerSearches = 0;                                               // FindPeer calls
   std::vector<std::pair<std::u16string, std::u16string>> helpShown;   // file, keyword
   std::vector<DocumentType> registered;
   std::vector<std::u16string> debugOutput;
@@ -49,7 +54,7 @@ class ScriptedPlatform : public Platform {
   std::unique_ptr<KwProgress> CreateProgress(const std::u16string& title) override;
 
   intptr_t ShellOpen(const std::u16string& file, const std::u16string& parameters) override;
-  bool FindPeer(const std::u16string& title) override { return peers.count(title) != 0; }
+  bool FindPeer(const std::u16string& title) override;
   intptr_t SendToPeer(const std::u16string& title, uint32_t tag, const std::u16string& data) override;
   bool ShowHelp(const std::u16string& helpFile, const std::u16string& keyword) override;
   bool RegisterDocumentType(const DocumentType& type) override;

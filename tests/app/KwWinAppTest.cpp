@@ -5,51 +5,17 @@
 #include <regex>
 #include <unistd.h>
 
+#include "app/AppFixture.h"
 #include "app/QueryBox.h"
-#include "app/StringTable.h"
-#include "base/KwFolders.h"
-#include "support/TestSupport.h"
 
 namespace {
 
-// An application object as a program derives it.
-class TestApp : public kw::KwWinApp {
- public:
-  std::u16string GetAppVersion() const override { return u"1.2"; }
-};
+using kwtest::TestApp;
 
-// Runs each test with the user folder, the current folder and the application title pointing at a
-// temporary folder and a test title, and restores them afterwards.
-class KwWinAppTest : public kwtest::PlatformTest {
+class KwWinAppTest : public kwtest::AppTest {
  protected:
-  KwWinAppTest() : savedUser_(kw::GetFolders().GetUserFolder()), savedCwd_(std::filesystem::current_path()) {
-    kw::GetFolders().SetUserFolder(dir_.u16string());
-    std::filesystem::current_path(dir_);
-    kw::SetString(kw::kIdsAppTitle, u"TESTAPP");
-  }
-  ~KwWinAppTest() override {
-    kw::SetString(kw::kIdsAppTitle, u"");
-    std::filesystem::current_path(savedCwd_);
-    kw::GetFolders().SetUserFolder(savedUser_);
-  }
-
-  // The lines of a trace file: UTF-8 (its mark skipped), CR LF line ends.
-  std::vector<std::string> TraceLines(const std::filesystem::path& file) const {
-    std::string bytes = ReadBytes(file);
-    if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);
-    std::vector<std::string> lines;
-    size_t start = 0;
-    for (size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2)
-      lines.push_back(bytes.substr(start, end - start));
-    EXPECT_EQ(start, bytes.size()) << "the last line has no line end";
-    return lines;
-  }
-
+  std::vector<std::string> TraceLines(const std::filesystem::path& file) const { return Lines(file); }
   std::filesystem::path RecFile() const { return dir_ / "TESTAPP.REC"; }
-
- private:
-  std::u16string savedUser_;
-  std::filesystem::path savedCwd_;
 };
 
 TEST_F(KwWinAppTest, CurrentApplicationLivesWithTheObject) {
