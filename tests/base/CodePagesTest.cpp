@@ -6,6 +6,8 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
+#include <utility>
 
 #include "support/TestSupport.h"
 
@@ -53,14 +55,6 @@ std::string Encode(unsigned codePage, const std::u16string& text, unsigned long 
 
 }  // namespace
 
-TEST(CodePages, EncodingNumbersToCodePages) {
-  EXPECT_EQ(GetCodePageID(0), 0);
-  EXPECT_EQ(GetCodePageID(1), 65001);
-  EXPECT_EQ(GetCodePageID(2), 1200);
-  EXPECT_EQ(GetCodePageID(3), 1201);
-  EXPECT_EQ(GetCodePageID(4), 437);
-}
-
 TEST(CodePages, SingleByteTablesAgreeWithIconv) {
   for (int b = 0; b < 256; ++b) {
     const int ansi = GetUnicodeCodePoint(b, kEncodingAnsi);
@@ -78,26 +72,28 @@ TEST(CodePages, SingleByteTablesAgreeWithIconv) {
 }
 
 TEST(CodePages, CodePointsByEncoding) {
-  EXPECT_EQ(GetUnicodeCodePoint(300, 0), -1);
-  EXPECT_EQ(GetUnicodeCodePoint(300, 2), 300);
-  EXPECT_EQ(GetUnicodeCodePoint(65536, 1), 65536);
-  EXPECT_EQ(GetUnicodeCodePoint(65537, 1), -1);
-  EXPECT_EQ(GetUnicodeCodePoint(-1, 4), -1);
-  EXPECT_EQ(GetUnicodeCodePoint(0x80, 0), 0x20AC);
-  EXPECT_EQ(GetUnicodeCodePoint(0x84, 4), 0xE4);
-  EXPECT_EQ(GetUnicodeCodePoint(0x41, 7), -1);
-
-  int used = -1;
-  EXPECT_EQ(GetCodePageCodePoint(0xE4, 4, kNoBestFitChars, nullptr, &used), 0x84);
-  EXPECT_EQ(used, 0);
-  EXPECT_EQ(GetCodePageCodePoint(0x20AC, 4, kNoBestFitChars, nullptr, &used), '#');
-  EXPECT_EQ(used, 1);
-  EXPECT_EQ(GetCodePageCodePoint(0x20AC, 0, 0, nullptr, &used), 0x80);
-  EXPECT_EQ(used, 0);
-  EXPECT_EQ(GetCodePageCodePoint(0x1E9E, 3, kNoBestFitChars, nullptr, &used), 0x1E9E);  // Unicode: itself
-  EXPECT_EQ(GetCodePageCodePoint(0x0100, 4, kNoBestFitChars, "?", &used), '?');
-  EXPECT_EQ(GetCodePageCodePoint(0x0100, 4, 0, "?", &used), 'A');  // best fit
-  EXPECT_EQ(used, 0);
+  EXPECT_EQ((std::vector<int>{GetCodePageID(0), GetCodePageID(1), GetCodePageID(2), GetCodePageID(3), GetCodePageID(4)}),
+            (std::vector<int>{0, 65001, 1200, 1201, 437}));
+  const int unicode[][3] = {// code, encoding, GetUnicodeCodePoint
+                            {300, 0, -1},   {300, 2, 300},     {65536, 1, 65536}, {65537, 1, -1},
+                            {-1, 4, -1},    {0x80, 0, 0x20AC}, {0x84, 4, 0xE4},   {0x41, 7, -1}};
+  for (const auto& row : unicode) EXPECT_EQ(GetUnicodeCodePoint(row[0], row[1]), row[2]) << row[0] << " " << row[1];
+  struct Row {
+    int code, encoding;
+    unsigned long flags;
+    const char* defaultChar;
+    int expected, used;
+  };
+  const Row rows[] = {
+      {0xE4, 4, kNoBestFitChars, nullptr, 0x84, 0}, {0x20AC, 4, kNoBestFitChars, nullptr, '#', 1},
+      {0x20AC, 0, 0, nullptr, 0x80, 0},             {0x1E9E, 3, kNoBestFitChars, nullptr, 0x1E9E, -1},  // itself
+      {0x0100, 4, kNoBestFitChars, "?", '?', 1},    {0x0100, 4, 0, "?", 'A', 0},  // best fit
+  };
+  for (const Row& row : rows) {
+    int used = -1;
+    EXPECT_EQ(GetCodePageCodePoint(row.code, row.encoding, row.flags, row.defaultChar, &used), row.expected) << row.code;
+    EXPECT_EQ(used, row.used) << row.code;
+  }
 }
 
 TEST(CodePages, CodePointOutOfRangeIsAContractBreak) {
@@ -135,19 +131,18 @@ TEST(CodePages, BestFitUnlessForbidden) {
   EXPECT_EQ(used, 1);
 }
 
-TEST(CodePages, Utf8DropsDefaultCharAndReport) {
+TEST(CodePages, Utf8DropsDefaultCharAndReportAndFlagsAreChecked) {
   int used = 7;
   EXPECT_EQ(Encode(65001, u"\u20AC", 0, "*", &used), "\xE2\x82\xAC");
   EXPECT_EQ(used, 7);  // not touched
-  uint32_t error = 0;
-  Encode(65001, u"x", kNoBestFitChars, nullptr, nullptr, &error);
-  EXPECT_EQ(error, kErrorInvalidFlags);
-  Encode(437, u"x", kErrInvalidChars, nullptr, nullptr, &error);
-  EXPECT_EQ(error, kErrorInvalidFlags);
-  Encode(65000, u"x", 0, nullptr, nullptr, &error);
-  EXPECT_EQ(error, kErrorInvalidParameter);
-  Encode(850, u"x", 0, nullptr, nullptr, &error);
-  EXPECT_EQ(error, kErrorInvalidParameter);
+  const std::pair<unsigned, unsigned long> refused[] = {
+      {65001, kNoBestFitChars}, {437, kErrInvalidChars}, {65000, 0}, {850, 0}};
+  const uint32_t errors[] = {kErrorInvalidFlags, kErrorInvalidFlags, kErrorInvalidParameter, kErrorInvalidParameter};
+  for (size_t i = 0; i < std::size(refused); ++i) {
+    uint32_t error = 0;
+    Encode(refused[i].first, u"x", refused[i].second, nullptr, nullptr, &error);
+    EXPECT_EQ(error, errors[i]) << refused[i].first;
+  }
   char16_t dst[4] = {};
   EXPECT_EQ(CodePage2Unicode("x", dst, 65000, 1), kErrorInvalidParameter);
 }

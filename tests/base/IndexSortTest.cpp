@@ -25,44 +25,33 @@ Index StableOrder(int64_t n, Less less) {
   return order;
 }
 
-TEST(SortDI, EqualKeysKeepTheirOriginalOrder) {
-  const double keys[] = {3, 1, 3, 2};
+TEST(BuildSorts, AreStableOnManyDuplicates) {
+  const double example[] = {3, 1, 3, 2};
   Index index(4, -1);
-  kw::SortDI(keys, index.data(), 4);
-  EXPECT_EQ(index, (Index{1, 3, 0, 2}));
-}
-
-TEST(SortDI, IsAStableSortOnManyDuplicates) {
-  std::mt19937 random(7);
+  kw::SortDI(example, index.data(), 4);
+  EXPECT_EQ(index, (Index{1, 3, 0, 2}));  // the two 3s keep their order
+  std::mt19937_64 random(7);
   for (int n : {2, 3, 10, 257, 5000}) {
-    std::vector<double> keys(static_cast<size_t>(n));
-    for (auto& k : keys) k = static_cast<double>(random() % 13) - 6.0;
-    Index index(static_cast<size_t>(n));
-    kw::SortDI(keys.data(), index.data(), n);
-    EXPECT_EQ(index, StableOrder(n, [&](int64_t a, int64_t b) { return keys[a] < keys[b]; })) << n;
+    std::vector<double> d(static_cast<size_t>(n));
+    std::vector<uint64_t> u(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) {
+      d[i] = static_cast<double>(random() % 13) - 6.0;
+      u[i] = (random() % 50) << 58;  // large values: no signed confusion
+    }
+    Index di(static_cast<size_t>(n)), ui(static_cast<size_t>(n));
+    kw::SortDI(d.data(), di.data(), n);
+    kw::SortUI(u.data(), ui.data(), n);
+    EXPECT_EQ(di, StableOrder(n, [&](int64_t a, int64_t b) { return d[a] < d[b]; })) << n;
+    EXPECT_EQ(ui, StableOrder(n, [&](int64_t a, int64_t b) { return u[a] < u[b]; })) << n;
   }
   std::vector<double> same(1000, 4.0);  // one run of equal keys
-  Index index(1000);
-  kw::SortDI(same.data(), index.data(), 1000);
-  EXPECT_TRUE(std::is_sorted(index.begin(), index.end()));
-}
-
-TEST(SortDI, SmallCountsOnlyFill) {
-  const double keys[] = {5};
-  Index index{-1, -1};
-  kw::SortDI(keys, index.data(), 1);
-  EXPECT_EQ(index, (Index{0, -1}));
-  kw::SortDI(keys, index.data(), 0);
-  EXPECT_EQ(index, (Index{0, -1}));
-}
-
-TEST(SortUI, IsAStableSortOfUnsignedValues) {
-  std::mt19937_64 random(11);
-  std::vector<uint64_t> keys(3000);
-  for (auto& k : keys) k = (random() % 50) << 58;  // large values: no signed confusion
-  Index index(keys.size());
-  kw::SortUI(keys.data(), index.data(), static_cast<int64_t>(keys.size()));
-  EXPECT_EQ(index, StableOrder(3000, [&](int64_t a, int64_t b) { return keys[a] < keys[b]; }));
+  kw::SortDI(same.data(), index.data(), 0);  // n below 1: nothing
+  EXPECT_EQ(index, (Index{1, 3, 0, 2}));
+  Index all(1000);
+  kw::SortDI(same.data(), all.data(), 1000);
+  EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
+  kw::SortDI(same.data(), all.data(), 1);  // n of 1 only fills
+  EXPECT_EQ(all[0], 0);
 }
 
 TEST(SortCI, SortsFixedWidthRecordsByTheCollation) {
@@ -77,13 +66,6 @@ TEST(SortCI, SortsFixedWidthRecordsByTheCollation) {
             }));
   // The two identical "Cat " records keep their order.
   EXPECT_LT(std::find(index.begin(), index.end(), 1), std::find(index.begin(), index.end(), 4));
-}
-
-TEST(SortID, ForwardAppliesTheIndex) {
-  double values[] = {3, 1, 3, 2};
-  const int64_t index[] = {1, 3, 0, 2};
-  kw::SortID(values, index, 4, 0);
-  EXPECT_EQ(std::vector<double>(values, values + 4), (std::vector<double>{1, 2, 3, 3}));
 }
 
 TEST(ApplySorts, ForwardMakesElementIOldElementIndexI) {
@@ -217,7 +199,7 @@ TEST(QSort, SortsTheRangeByTheCollation) {
   EXPECT_EQ(kw::qsort(part.data(), 2, 2, four, 0, nullptr), 1);
 }
 
-TEST(QSort, StepsThePaneEvery501Comparisons) {
+TEST(QSort, StepsThePaneEvery501ComparisonsAndStops) {
   // All-equal strings: no entry is ever less, so n strings cost n(n-1)/2 comparisons, and a step
   // comes before comparisons 502, 1003, 1504, ...
   struct Case {
@@ -243,19 +225,15 @@ TEST(QSort, StepsThePaneEvery501Comparisons) {
   EXPECT_EQ(pane.percents[19], 100);
   EXPECT_EQ(pane.percents[20], 0);
   EXPECT_EQ(pane.percents[21], 5);
-}
-
-TEST(QSort, AStopEndsTheSortAtOnce) {
-  const auto words = RandomWords(3000, 13);
+  // A stop ends the sort at once, and the index is still a permutation.
   for (int stopAt : {1, 4}) {
-    Index index(words.size());
     std::iota(index.begin(), index.end(), 0);
-    CountingPane pane(stopAt);
-    EXPECT_EQ(kw::qsort(index.data(), 0, 2999, words, 0, &pane), 0);
-    EXPECT_EQ(pane.percents.size(), static_cast<size_t>(stopAt));  // no step after the stop
+    CountingPane stopper(stopAt);
+    EXPECT_EQ(kw::qsort(index.data(), 0, 2999, words, 0, &stopper), 0);
+    EXPECT_EQ(stopper.percents.size(), static_cast<size_t>(stopAt));  // no step after the stop
     Index sorted = index;
     std::sort(sorted.begin(), sorted.end());
-    EXPECT_EQ(sorted, StableOrder(3000, [](int64_t a, int64_t b) { return a < b; }));  // still a permutation
+    EXPECT_EQ(sorted, StableOrder(3000, [](int64_t a, int64_t b) { return a < b; }));
   }
 }
 
@@ -327,49 +305,37 @@ TEST(SortTextsStable, ComparesAsStrCompareDoes) {
 }
 
 // Where the collation is transitive, the whole order is the stable one. (It is not transitive when a
-// text ends in an expanded umlaut or "ß": " \u00e4" < "_A" < "_A\u00c4" < " \u00e4"; so every text
-// here ends in "x".)
+// text ends in an expanded umlaut or "\u00df": " \u00e4" < "_A" < "_A\u00c4" < " \u00e4"; so every text
+// here ends in "x".) The second set has texts that agree far beyond the packed start of a key, so
+// that they are ordered by its next parts, and characters above U+00FE, which take three bytes
+// there, at every offset, also where one part ends and the next begins.
 TEST(SortTextsStable, EqualsAStableSortByStrCompare) {
-  auto texts = CollationTexts(6000, 21);  // enough for the first-character buckets
-  for (auto& t : texts) t += u'x';
-  texts[17].clear();  // an empty text precedes all others
-  texts[18] = u"   ";
-  const std::vector<std::u16string_view> views(texts.begin(), texts.end());
-  for (int flags = 0; flags < 16; ++flags) {
-    const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
-    Index index;
-    ASSERT_EQ(kw::SortTextsStable(views, caseSensitive, numeric, skip, reverse, index, nullptr), 1);
-    const Index expected = StableOrder(6000, [&](int64_t a, int64_t b) {
-      return reverse ? kw::StrCompare(texts[b], texts[a], caseSensitive, numeric, skip) < 0
-                     : kw::StrCompare(texts[a], texts[b], caseSensitive, numeric, skip) < 0;
-    });
-    EXPECT_EQ(index, expected) << "flags " << flags;
-  }
-}
-
-// Texts that agree far beyond the packed start of a key are ordered by the next parts, and characters
-// above U+00FE take three bytes there, also where one part of a key ends and the next begins.
-TEST(SortTextsStable, LongCommonStartsAndWideCharactersAtEveryOffset) {
+  auto mixed = CollationTexts(6000, 21);  // enough for the first-characters buckets
+  for (auto& t : mixed) t += u'x';
+  mixed[17].clear();  // an empty text precedes all others
+  mixed[18] = u"   ";
   std::mt19937 random(5);
   const std::u16string starts[] = {u"", u"Vermessungsgrenzstein ", u"VERMESSUNGSGRENZSTEIN\u00c4_der Gemarkung "};
-  const std::u16string pieces[] = {u"a",      u"A",      u"\u00e4", u"ss",     u"\u00df", u"\u00fe", u"\u00ff",
-                                   u"\u0100", u"\u01ff", u"\u0300", u"\u20ac", u"\uffff", u"_", u" ", u"z"};
-  std::vector<std::u16string> texts(6000);
-  for (auto& t : texts) {
+  const std::u16string pieces[] = {u"a", u"A", u"\u00e4", u"ss", u"\u00df", u"\u00fe", u"\u00ff", u"\u0100",
+                                   u"\u01ff", u"\u0300", u"\u20ac", u"\uffff", u"_", u" ", u"z"};
+  std::vector<std::u16string> wide(6000);
+  for (auto& t : wide) {
     t = starts[random() % std::size(starts)] + std::u16string(random() % 30, u'x');
     for (size_t k = 1 + random() % 5; k > 0; --k) t += pieces[random() % std::size(pieces)];
     t += u'x';
   }
-  const std::vector<std::u16string_view> views(texts.begin(), texts.end());
-  for (int flags = 0; flags < 16; ++flags) {
-    const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
-    Index index;
-    ASSERT_EQ(kw::SortTextsStable(views, caseSensitive, numeric, skip, reverse, index, nullptr), 1);
-    const Index expected = StableOrder(6000, [&](int64_t a, int64_t b) {
-      return reverse ? kw::StrCompare(texts[b], texts[a], caseSensitive, numeric, skip) < 0
-                     : kw::StrCompare(texts[a], texts[b], caseSensitive, numeric, skip) < 0;
-    });
-    EXPECT_EQ(index, expected) << "flags " << flags;
+  for (auto* texts : {&mixed, &wide}) {
+    const std::vector<std::u16string_view> views(texts->begin(), texts->end());
+    for (int flags = 0; flags < 16; ++flags) {
+      const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
+      Index index;
+      ASSERT_EQ(kw::SortTextsStable(views, caseSensitive, numeric, skip, reverse, index, nullptr), 1);
+      const Index expected = StableOrder(6000, [&](int64_t a, int64_t b) {
+        return reverse ? kw::StrCompare((*texts)[b], (*texts)[a], caseSensitive, numeric, skip) < 0
+                       : kw::StrCompare((*texts)[a], (*texts)[b], caseSensitive, numeric, skip) < 0;
+      });
+      EXPECT_EQ(index, expected) << "flags " << flags;
+    }
   }
 }
 

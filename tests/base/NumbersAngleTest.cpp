@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "base/CodePages.h"
 #include "base/Numbers.h"
 #include "support/TestSupport.h"
 
@@ -38,23 +39,25 @@ TEST_F(DecToHexContract, FewerThanTwoDecimalsIsAContractFault) {
 }
 
 TEST(HexToDec, PackedToDecimalAndLimits) {
-  int e = -1;
-  EXPECT_NEAR(kw::HexToDec(10.3, 0, &e), 10.5, 1e-12);
-  EXPECT_EQ(e, 0);
-  EXPECT_NEAR(kw::HexToDec(-10.3, 0, &e), -10.5, 1e-12);
-  EXPECT_NEAR(kw::HexToDec(10.3015, 0, &e), 10.0 + 30.0 / 60 + 15.0 / 3600, 1e-12);
-  EXPECT_NEAR(kw::HexToDec(10.6, 0, &e), 11.0, 1e-12);
-  EXPECT_EQ(e, 0);  // exactly 60 minutes is accepted
-  kw::HexToDec(10.61, 0, &e);
-  EXPECT_EQ(e, 1);
-  kw::HexToDec(10.0060, 0, &e);
-  EXPECT_EQ(e, 0);
-  kw::HexToDec(10.0061, 0, &e);
-  EXPECT_EQ(e, 1);  // 61 seconds
-  kw::HexToDec(10.0061, 3, &e);
-  EXPECT_EQ(e, 0);  // the minutes-only form has no seconds
-  EXPECT_NEAR(kw::HexToDec(10.305, 3, &e), 10.0 + 30.5 / 60, 1e-12);
-  EXPECT_NEAR(kw::HexToDec(90.0, 1, &e), 100.0, 1e-12);  // gon out
+  const struct {
+    double packed;
+    int form;
+    double value;
+    int level;
+  } rows[] = {{10.3, 0, 10.5, 0},   {-10.3, 0, -10.5, 0}, {10.3015, 0, 10.0 + 30.0 / 60 + 15.0 / 3600, 0},
+              {10.6, 0, 11.0, 0},   // exactly 60 minutes is accepted
+              {10.61, 0, 11.0 + 1.0 / 60, 1}, {10.0060, 0, 10.0 + 60.0 / 3600, 0},
+              {10.0061, 0, 10.0 + 61.0 / 3600, 1},  // 61 seconds
+              {10.0061, 3, 10.0 + 0.61 / 60, 0},    // the minutes-only form has no seconds
+              {10.305, 3, 10.0 + 30.5 / 60, 0},    {90.0, 1, 100.0, 0}};  // gon out
+  for (const auto& row : rows) {
+    int e = -1;
+    const double value = kw::HexToDec(row.packed, row.form, &e);
+    if (row.level == 0) {
+      EXPECT_NEAR(value, row.value, 1e-12) << row.packed << " form " << row.form;
+    }
+    EXPECT_EQ(e, row.level) << row.packed << " form " << row.form;
+  }
   EXPECT_NEAR(kw::HexToDec(45.27, 1, nullptr), 50.5, 1e-12);
 }
 
@@ -134,59 +137,43 @@ TEST(ReformatHex, NormalisesPackedAngleText) {
   EXPECT_EQ(kw::ReformatHex(u"", 0, 4), u"");
 }
 
-TEST(GetDWORDofHexString, FormsAndLevels) {
-  int e = -1;
-  EXPECT_EQ(kw::GetDWORDofHexString(u"FF", &e), 255u);
-  EXPECT_EQ(e, 0);
-  EXPECT_EQ(kw::GetDWORDofHexString(u" 0x1A2b ", &e), 0x1A2Bu);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"10h", &e), 16u);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"FFFFFFFF", &e), 0xFFFFFFFFu);
-  EXPECT_EQ(e, 0);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"100000000", &e), 0u);
-  EXPECT_EQ(e, 3);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"0x", &e), 0u);
-  EXPECT_EQ(e, 1);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"12G", &e), 0u);
-  EXPECT_EQ(e, 2);
-  EXPECT_EQ(kw::GetDWORDofHexString(u"0x10h", &e), 0u);  // prefix or suffix, not both
-  EXPECT_EQ(e, 2);
-}
-
-TEST(GetInclinationOfString, FormsAndLevels) {
-  int e = -1;
-  EXPECT_DOUBLE_EQ(kw::GetInclinationOfString(u"12%", &e), 0.12);
-  EXPECT_EQ(e, 0);
-  EXPECT_DOUBLE_EQ(kw::GetInclinationOfString(u" 12 ", &e), 0.12);
-  EXPECT_DOUBLE_EQ(kw::GetInclinationOfString(u"2,5 %", &e), 0.025);
-  EXPECT_DOUBLE_EQ(kw::GetInclinationOfString(u"5\u2030", &e), 0.005);
-  EXPECT_DOUBLE_EQ(kw::GetInclinationOfString(u"1:50", &e), 0.02);
-  EXPECT_NEAR(kw::GetInclinationOfString(u"45\u00B0", &e), 1.0, 1e-12);
-  EXPECT_NEAR(kw::GetInclinationOfString(u"-45\u00B0", &e), -1.0, 1e-12);
-  EXPECT_EQ(kw::GetInclinationOfString(u"1:0", &e), 0.0);
-  EXPECT_EQ(e, 3);
-  EXPECT_EQ(kw::GetInclinationOfString(u"90\u00B0", &e), 0.0);
-  EXPECT_EQ(e, 3);
-  EXPECT_EQ(kw::GetInclinationOfString(u"steep", &e), 0.0);
-  EXPECT_EQ(e, 2);
-  EXPECT_EQ(kw::GetInclinationOfString(u":5", &e), 0.0);
-  EXPECT_EQ(e, 2);
-  EXPECT_EQ(kw::GetInclinationOfString(u"  ", &e), 0.0);
-  EXPECT_EQ(e, 1);
-}
-
-TEST(CanConvert, EachKind) {
-  EXPECT_EQ(kw::CanConvert(u"12", kw::kConvertInt), 1);
-  EXPECT_EQ(kw::CanConvert(u"12a", kw::kConvertInt), 0);
-  EXPECT_EQ(kw::CanConvert(u"1,5", kw::kConvertDouble), 0);
-  EXPECT_EQ(kw::CanConvert(u"1,5", kw::kConvertDoubleComma), 1);
-  EXPECT_EQ(kw::CanConvert(u"1.5e3", kw::kConvertDoubleExp), 1);
-  EXPECT_EQ(kw::CanConvert(u"1.5e", kw::kConvertDoubleExp), 0);
-  EXPECT_EQ(kw::CanConvert(u"10.59", kw::kConvertPackedAngle), 1);
-  EXPECT_EQ(kw::CanConvert(u"10.61", kw::kConvertPackedAngle), 0);
-  EXPECT_EQ(kw::CanConvert(u"ff", kw::kConvertHex), 1);
-  EXPECT_EQ(kw::CanConvert(u"1:50", kw::kConvertInclination), 1);
-  EXPECT_EQ(kw::CanConvert(u"", kw::kConvertDouble), 0);
-  EXPECT_EQ(kw::CanConvert(u"12", 99), 0);
+// Text readers of the angle and number helpers: value and error level per form.
+TEST(HexAndInclinationReaders, FormsAndLevels) {
+  const struct {
+    const char16_t* text;
+    uint32_t value;
+    int level;
+  } hex[] = {{u"FF", 255u, 0}, {u" 0x1A2b ", 0x1A2Bu, 0}, {u"10h", 16u, 0}, {u"FFFFFFFF", 0xFFFFFFFFu, 0},
+             {u"100000000", 0u, 3}, {u"0x", 0u, 1}, {u"12G", 0u, 2},
+             {u"0x10h", 0u, 2}};  // prefix or suffix, not both
+  for (const auto& row : hex) {
+    int e = -1;
+    EXPECT_EQ(kw::GetDWORDofHexString(row.text, &e), row.value) << kw::ToUtf8(row.text);
+    EXPECT_EQ(e, row.level) << kw::ToUtf8(row.text);
+  }
+  const struct {
+    const char16_t* text;
+    double value;
+    int level;
+  } slopes[] = {{u"12%", 0.12, 0},        {u" 12 ", 0.12, 0},       {u"2,5 %", 0.025, 0},  {u"5\u2030", 0.005, 0},
+                {u"1:50", 0.02, 0},       {u"45\u00B0", 1.0, 0},    {u"-45\u00B0", -1.0, 0}, {u"1:0", 0.0, 3},
+                {u"90\u00B0", 0.0, 3},    {u"steep", 0.0, 2},       {u":5", 0.0, 2},       {u"  ", 0.0, 1}};
+  for (const auto& row : slopes) {
+    int e = -1;
+    EXPECT_NEAR(kw::GetInclinationOfString(row.text, &e), row.value, 1e-12) << kw::ToUtf8(row.text);
+    EXPECT_EQ(e, row.level) << kw::ToUtf8(row.text);
+  }
+  const struct {
+    const char16_t* text;
+    int kind, expected;
+  } convert[] = {{u"12", kw::kConvertInt, 1},           {u"12a", kw::kConvertInt, 0},
+                 {u"1,5", kw::kConvertDouble, 0},       {u"1,5", kw::kConvertDoubleComma, 1},
+                 {u"1.5e3", kw::kConvertDoubleExp, 1},  {u"1.5e", kw::kConvertDoubleExp, 0},
+                 {u"10.59", kw::kConvertPackedAngle, 1}, {u"10.61", kw::kConvertPackedAngle, 0},
+                 {u"ff", kw::kConvertHex, 1},           {u"1:50", kw::kConvertInclination, 1},
+                 {u"", kw::kConvertDouble, 0},          {u"12", 99, 0}};
+  for (const auto& row : convert)
+    EXPECT_EQ(kw::CanConvert(row.text, row.kind), row.expected) << kw::ToUtf8(row.text) << " kind " << row.kind;
 }
 
 }  // namespace
