@@ -36,6 +36,8 @@
 #include "terms/KwLogiTermEx.h"
 
 #include "editor/KwUndoMemory.h"
+#include "editor/KwEditUndo.h"
+#include "editor/KwEditBase.h"
 
 #include "lists/KwListCore.h"
 #include "lists/KwListCtrl.h"

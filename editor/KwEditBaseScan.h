@@ -1,0 +1,53 @@
+// The tight loops of the text buffer: counting and finding one UTF-16 unit in a run of units. They work
+// in fixed blocks whose inner loops have no early exit, so that the compiler turns them into vector
+// code; only the block that holds the hit is scanned unit by unit.
+#pragma once
+
+#include <cstdint>
+
+namespace kw::scan {
+
+inline constexpr int64_t kBlock = 64;
+
+// Units equal to `c` in p[0, n).
+inline int64_t Count(const char16_t* p, int64_t n, char16_t c) {
+  int64_t total = 0;
+  int64_t i = 0;
+  for (; i + 1024 <= n; i += 1024) {
+    unsigned k = 0;
+    for (int j = 0; j < 1024; ++j) k += p[i + j] == c;
+    total += k;
+  }
+  unsigned k = 0;
+  for (; i < n; ++i) k += p[i] == c;
+  return total + k;
+}
+
+// Offset of the first unit equal to `c` in p[0, n), or n.
+inline int64_t Find(const char16_t* p, int64_t n, char16_t c) {
+  int64_t i = 0;
+  for (; i + kBlock <= n; i += kBlock) {
+    unsigned any = 0;
+    for (int j = 0; j < kBlock; ++j) any |= p[i + j] == c;
+    if (any) break;
+  }
+  for (; i < n; ++i)
+    if (p[i] == c) return i;
+  return n;
+}
+
+// Offset of the k-th (from 1) unit equal to `c` in p[0, n), or n when there are fewer.
+inline int64_t FindNth(const char16_t* p, int64_t n, char16_t c, int64_t k) {
+  int64_t i = 0;
+  for (; i + kBlock <= n; i += kBlock) {
+    unsigned m = 0;
+    for (int j = 0; j < kBlock; ++j) m += p[i + j] == c;
+    if (static_cast<int64_t>(m) >= k) break;
+    k -= m;
+  }
+  for (; i < n; ++i)
+    if (p[i] == c && --k == 0) return i;
+  return n;
+}
+
+}  // namespace kw::scan

@@ -1,0 +1,79 @@
+#include "editor/KwEditUndo.h"
+
+#include <cstdlib>
+
+#include "base/Assert.h"
+#include "editor/KwEditBase.h"
+
+namespace kw {
+
+namespace {
+
+// How the document applies one record type backward and forward. A row with null operations is a
+// type whose operation does not exist yet: applying it is an internal error.
+struct RecordOps {
+  int64_t (KwEditBase::*undo)(tagUNDORECORD&, Line, KwProgress*);
+  int64_t (KwEditBase::*redo)(tagUNDORECORD&, Line, KwProgress*);
+};
+
+}  // namespace
+
+KwEditUndo::KwEditUndo(KwEditBase* doc) : KwUndoMemory(kWaitThreshold), m_pDoc(doc) {}
+
+// FreeRecord is overridden, so the records must be released while the override still exists.
+KwEditUndo::~KwEditUndo() { Clear(0); }
+
+int64_t KwEditUndo::RecordResult(const tagUNDORECORD& record) {
+  return static_cast<int64_t>(static_cast<int32_t>(static_cast<uint32_t>(record.position & 0xFFFFFFFFu)));
+}
+
+int64_t KwEditUndo::UndoRecord(tagUNDORECORD& record, KwProgress* progress) {
+  return Apply(record, progress, false);
+}
+
+int64_t KwEditUndo::RedoRecord(tagUNDORECORD& record, KwProgress* progress) {
+  return Apply(record, progress, true);
+}
+
+int64_t KwEditUndo::Apply(tagUNDORECORD& record, KwProgress* progress, bool redo) {
+  // One row per record type; the area operations and replace-all fill theirs when they exist.
+  static const RecordOps kOps[kTypeCount] = {
+      {nullptr, nullptr},                                         // 0: a modified-state track only
+      {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 1 one unit replaced
+      {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 2 text replaced
+      {nullptr, nullptr},                                         // 3 replace-all
+      {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 4 text inserted
+      {nullptr, nullptr},                                         // 5 ReduceLines
+      {nullptr, nullptr},                                         // 6 InsertColumn
+      {nullptr, nullptr},                                         // 7 DeleteColumn
+      {nullptr, nullptr},                                         // 8 SortLines
+      {nullptr, nullptr},                                         // 9 TabToBlank / BlankToTab
+      {nullptr, nullptr},                                         // 10 the same, reverse mode
+      {nullptr, nullptr},                                         // 11 InflateLines
+      {nullptr, nullptr},                                         // 12 LowerUpper
+      {nullptr, nullptr},                                         // 13 nothing to apply
+      {nullptr, nullptr},                                         // 14 BlankOver
+      {nullptr, nullptr},                                         // 15 BlankOver
+      {nullptr, nullptr},                                         // 16 CharToEol
+      {nullptr, nullptr},                                         // 17 EolToChar
+      {nullptr, nullptr},                                         // 18 RemoveZeros
+      {&KwEditBase::UndoLineMark, &KwEditBase::RedoLineMark},     // 19 line mark
+  };
+  if (record.type == 13) return RecordResult(record);
+  const bool known = record.type < kTypeCount && kOps[record.type].undo != nullptr;
+  KW_ASSERT(known);
+  if (!known || m_pDoc == nullptr) return -1;
+  const Line line = m_pDoc->LineFromIndex(static_cast<Index>(record.position), nullptr);
+  const RecordOps& ops = kOps[record.type];
+  const int64_t r = (m_pDoc->*(redo ? ops.redo : ops.undo))(record, line, progress);
+  return r < 0 ? r : RecordResult(record);
+}
+
+void KwEditUndo::FreeRecord(tagUNDORECORD& record) {
+  // Type 1 keeps its units in the data field itself.
+  if (record.type != kReplaceChar) std::free(record.data);
+  record.data = nullptr;
+  record.type = 0;
+}
+
+}  // namespace kw
