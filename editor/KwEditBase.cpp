@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 
+#include "app/KwWinApp.h"
 #include "app/QueryBox.h"
 #include "base/Assert.h"
 #include "editor/KwEditBaseScan.h"
@@ -50,7 +51,7 @@ KwEditBase::~KwEditBase() {
 void KwEditBase::InitEdit() {
   m_Undo->Clear(0);
   m_Undo->SetModified(0);
-  const EditParameterValues params = EditParameters();
+  const KwEditParams params = EditParameters();
   m_EOLDisplayChar = params.eolDisplayChar;
   m_EOLDisplayOption = params.eolDisplayOption;
   m_SyntaxFlags.clear();

@@ -27,6 +27,7 @@
 namespace kw {
 
 class KwEditUndo;
+struct KwEditParams;
 struct tagUNDORECORD;
 
 using Line = int64_t;   // a line number
@@ -344,12 +345,7 @@ class KwEditBase {
   bool LineHasFF(Line line);
 
   // The application's edit parameters 1-3, with the defaults when there is no application object.
-  struct EditParameterValues {
-    int makeBackups = 1;
-    char16_t eolDisplayChar = u' ';
-    int eolDisplayOption = 0;
-  };
-  static EditParameterValues EditParameters();
+  static KwEditParams EditParameters();
 
   // Files.
   int ReadBlocks(const std::u16string& name, int mode, KwProgress* progress, double fromPercent,

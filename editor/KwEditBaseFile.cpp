@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "app/KwWinApp.h"
 #include "app/QueryBox.h"
 #include "app/StringTable.h"
 #include "base/Assert.h"
@@ -89,9 +90,8 @@ std::u16string TempNameFor(const std::u16string& target) {
 
 }  // namespace
 
-// The application's edit parameters. Until the application object provides them, the defaults: make
-// backups 1, EOL display character a blank, option 0.
-KwEditBase::EditParameterValues KwEditBase::EditParameters() { return EditParameterValues(); }
+// Without an application object: make backups 1, EOL display character a blank, option 0.
+KwEditParams KwEditBase::EditParameters() { return IsKwWinApp() ? GetKwWinApp()->GetEditParams() : KwEditParams(); }
 
 // ---- Reading ---------------------------------------------------------------------------------------
 
@@ -109,7 +109,8 @@ int KwEditBase::ReadBlocks(const std::u16string& name, int mode, KwProgress* pro
   if (encoding == 0 && m_ReadEncoding >= 0 && m_ReadEncoding <= 4) encoding = m_ReadEncoding;
   KwFile file;
   if (!file.Open(name, KwFile::kRead, 13, 0, encoding)) {
-    // TODO(trace): "EditBase.ReadFile: NotOpened: Name=%s" through the application object.
+    if (IsKwWinApp() && GetKwWinApp()->GetTraceMode())
+      GetKwWinApp()->Trace(u"EditBase.ReadFile: NotOpened: Name=%s", name);
     return 0;
   }
   const int64_t size = SizeOf(name);

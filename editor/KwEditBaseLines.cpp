@@ -2,7 +2,7 @@
 // column text.
 #include <algorithm>
 
-#include "app/QueryBox.h"
+#include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "base/Text.h"
 #include "editor/KwEditBase.h"
@@ -85,13 +85,18 @@ int64_t KwEditBase::IndentOfLine(Line line) {
 }
 
 char16_t KwEditBase::GetChar(Line line, int64_t column) {
+  const bool trace = IsKwWinApp() && GetKwWinApp()->GetTraceMode();
   if (line < 0 || line > m_LinesInDoc) {
-    // TODO(trace): "EditBase::GetChar: WARNING! Attempt to get a wrong Line=%Id m_LinesInDoc=%Id"
+    if (trace)
+      GetKwWinApp()->Trace(u"EditBase::GetChar: WARNING! Attempt to get a wrong Line=%Id m_LinesInDoc=%Id", line,
+                           m_LinesInDoc);
     return 0;
   }
   const LinePos* p = StartOfLine(line);
-  if (p == nullptr || column < 0 || column >= p->length + p->eolLength) {
-    // TODO(trace): "EditBase::GetChar: WARNING! Attempt to get a wrong Column=%Id m_LineLen=%Id"
+  if (column < 0 || column >= p->length + p->eolLength) {
+    if (trace)
+      GetKwWinApp()->Trace(u"EditBase::GetChar: WARNING! Attempt to get a wrong Column=%Id m_LineLen=%Id", column,
+                           p->length);
     return 0;
   }
   char16_t c = 0;

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "app/KwWinApp.h"
 #include "app/StringTable.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
@@ -382,6 +383,51 @@ TEST_F(EditBaseFileTest, MergeFileInsertsChosenLinesWithTheDocumentsEndOfLine) {
   EXPECT_EQ(doc.GetAllText(), u"[three\r\nfour]\r\n");  // "four" had no end of line
   EXPECT_EQ(doc.MergeFile(0, 99, Name(file), 0, -1, 1), 0);
   EXPECT_EQ(doc.MergeFile(0, 0, Name(Temp("none")), 0, -1, 1), 0);
+}
+
+// An application object: its edit parameters rule backups and the EOL display character, and its
+// trace receives the buffer's warnings.
+class TracingApp : public kw::KwWinApp {
+ public:
+  std::u16string GetAppVersion() const override { return u"1"; }
+};
+
+class EditBaseAppTest : public EditBaseFileTest {
+ protected:
+  EditBaseAppTest() : cwd_(fs::current_path()) { fs::current_path(dir_); }
+  ~EditBaseAppTest() override { fs::current_path(cwd_); }
+  bool Traced(const std::u16string& text) const {
+    for (const auto& line : platform_.debugOutput)
+      if (line == text + u"\n") return true;
+    return false;
+  }
+  fs::path cwd_;
+};
+
+TEST_F(EditBaseAppTest, EditParametersAndTraceLines) {
+  TracingApp app;
+  app.SetEditParams({0, u'~', 1});
+  app.StartInitalTrace();
+  ASSERT_TRUE(app.GetTraceMode());
+  KwEditBase doc;
+  EXPECT_EQ(doc.GetEOLDisplayChar(), u'~');
+  EXPECT_EQ(doc.ReadFile(Name(Temp("absent.txt")), 0, nullptr), 0);
+  EXPECT_TRUE(Traced(u"EditBase.ReadFile: NotOpened: Name=" + Name(Temp("absent.txt"))));
+  doc.AddText(u"ab\r\n", 0, 0);
+  EXPECT_EQ(doc.GetChar(3, 0), 0);
+  EXPECT_TRUE(Traced(u"EditBase::GetChar: WARNING! Attempt to get a wrong Line=3 m_LinesInDoc=1"));
+  EXPECT_EQ(doc.GetChar(0, 4), 0);
+  EXPECT_TRUE(Traced(u"EditBase::GetChar: WARNING! Attempt to get a wrong Column=4 m_LineLen=2"));
+  // Backups off: the old file is replaced without a copy.
+  const fs::path file = Temp("nb.txt");
+  WriteBytes(file, "old");
+  doc.SetDocName(Name(file));
+  doc.SetInteractive(0);
+  EXPECT_EQ(doc.SaveBakFile(), 1);
+  EXPECT_TRUE(fs::exists(file));
+  ASSERT_EQ(doc.WriteFile(u"", 0, nullptr), 1);
+  EXPECT_EQ(ReadBytes(file), "ab\r\n");
+  EXPECT_FALSE(fs::exists(Temp("nb.BAK")));
 }
 
 }  // namespace
