@@ -102,33 +102,33 @@ TEST(CodePages, CodePointOutOfRangeIsAContractBreak) {
   EXPECT_EQ(asserts.count(), 1u);
 }
 
-TEST(CodePages, DefaultCharacterAndItsReport) {
-  int used = -1;
-  uint32_t error = 99;
-  // The euro sign has no place in 437.
-  EXPECT_EQ(Encode(437, u"\u20AC", kNoBestFitChars, nullptr, &used, &error), "#");
-  EXPECT_EQ(error, kErrorSuccess);
-  EXPECT_EQ(used, 1);
-  EXPECT_EQ(Encode(437, u"a\u20ACb", kNoBestFitChars, "*", &used), "a*b");
-  EXPECT_EQ(used, 1);
-  EXPECT_EQ(Encode(437, u"\u00E4\u00DF", kNoBestFitChars, "*", &used), "\x84\xE1");
-  EXPECT_EQ(used, 0);
-  // A character outside the BMP is one default character, not two.
-  EXPECT_EQ(Encode(1252, u"x\U0001F600y", 0, nullptr, &used), "x#y");
-  EXPECT_EQ(used, 1);
-  // A lone surrogate cannot be written in 1252 either.
-  EXPECT_EQ(Encode(1252, std::u16string(u"a") + char16_t(0xD800) + u"b", 0, nullptr, &used), "a#b");
-}
-
-TEST(CodePages, BestFitUnlessForbidden) {
-  int used = -1;
-  // Letters missing in 437 fall back to their base letter; quotes and dashes to ASCII.
-  EXPECT_EQ(Encode(437, u"\u00C0\u0142\u201Eok\u201C \u2013 \u00E9", 0, nullptr, &used), "Al\"ok\" - \x82");
-  EXPECT_EQ(used, 0);
-  EXPECT_EQ(Encode(437, u"\u00C0\u0142\u201E", kNoBestFitChars, nullptr, &used), "###");
-  EXPECT_EQ(used, 1);
-  EXPECT_EQ(Encode(1252, u"\u0151\u2212\uFF21\u03A9", 0, nullptr, &used), "o-A#");
-  EXPECT_EQ(used, 1);
+TEST(CodePages, DefaultCharacterItsReportAndBestFit) {
+  // code page, text, flags, default character, bytes, default used
+  const struct {
+    unsigned codePage;
+    std::u16string text;
+    unsigned long flags;
+    const char* defaultChar;
+    std::string bytes;
+    int used;
+  } rows[] = {
+      {437, u"\u20AC", kNoBestFitChars, nullptr, "#", 1},  // the euro sign has no place in 437
+      {437, u"a\u20ACb", kNoBestFitChars, "*", "a*b", 1},
+      {437, u"\u00E4\u00DF", kNoBestFitChars, "*", "\x84\xE1", 0},
+      {1252, u"x\U0001F600y", 0, nullptr, "x#y", 1},  // outside the BMP: one default character, not two
+      {1252, std::u16string(u"a") + char16_t(0xD800) + u"b", 0, nullptr, "a#b", 1},  // a lone surrogate
+      // Letters missing in 437 fall back to their base letter, quotes and dashes to ASCII ...
+      {437, u"\u00C0\u0142\u201Eok\u201C \u2013 \u00E9", 0, nullptr, "Al\"ok\" - \x82", 0},
+      {437, u"\u00C0\u0142\u201E", kNoBestFitChars, nullptr, "###", 1},  // ... unless forbidden
+      {1252, u"\u0151\u2212\uFF21\u03A9", 0, nullptr, "o-A#", 1},
+  };
+  for (const auto& row : rows) {
+    int used = -1;
+    uint32_t error = 99;
+    EXPECT_EQ(Encode(row.codePage, row.text, row.flags, row.defaultChar, &used, &error), row.bytes) << row.bytes;
+    EXPECT_EQ(error, kErrorSuccess);
+    EXPECT_EQ(used, row.used) << row.bytes;
+  }
 }
 
 TEST(CodePages, Utf8DropsDefaultCharAndReportAndFlagsAreChecked) {

@@ -155,21 +155,18 @@ TEST_F(KwFileTest, WritesMarkLineEndsAndEncodings) {
   EXPECT_EQ(ReadBytes(Temp("lf.txt")), "a\nb");
 }
 
-TEST_F(KwFileTest, EmptyUtf8FileKeepsItsMark) {
+TEST_F(KwFileTest, EmptyFileMarkSetEofAndAppend) {
   KwFile f;
   ASSERT_TRUE(f.Open(Name("e.txt"), KwFile::kWrite, 13, 26, 1));
   ASSERT_TRUE(f.Close());
-  EXPECT_EQ(ReadBytes(Temp("e.txt")), "\xEF\xBB\xBF");
+  EXPECT_EQ(ReadBytes(Temp("e.txt")), "\xEF\xBB\xBF");  // an empty UTF-8 file keeps its mark
   ASSERT_TRUE(f.Open(Name("e.txt"), KwFile::kRead));
   EXPECT_EQ(f.GetEncoding(), 1);
   EXPECT_TRUE(f.HasByteOrderMark());
   char16_t buf[4];
   EXPECT_EQ(f.ReadBlock(buf, 4), 0);
-}
 
-TEST_F(KwFileTest, SetEofCutsTheFile) {
   WriteBytes(Temp("t.txt"), "a long old text that is longer");
-  KwFile f;
   ASSERT_TRUE(f.Open(Name("t.txt"), KwFile::kWrite, 13, 26, 2));
   f.Write(u"ab", 2);
   ASSERT_TRUE(f.SetEOF());
@@ -177,14 +174,11 @@ TEST_F(KwFileTest, SetEofCutsTheFile) {
   f.Write(u"c", 1);
   ASSERT_TRUE(f.Close());
   EXPECT_EQ(ReadBytes(Temp("t.txt")), std::string("\xFF\xFE" "a\0b\0c\0", 8));
-}
 
-TEST_F(KwFileTest, AppendWritesNoSecondMark) {
-  KwFile f;
   ASSERT_TRUE(f.Open(Name("a.txt"), KwFile::kAppend, 13, 26, 1));
   f.WriteLine(u"\u00E4");
   f.Close();
-  ASSERT_TRUE(f.Open(Name("a.txt"), KwFile::kAppend));  // encoding taken from the mark
+  ASSERT_TRUE(f.Open(Name("a.txt"), KwFile::kAppend));  // encoding taken from the mark, no second mark
   EXPECT_EQ(f.GetEncoding(), 1);
   f.WriteLine(u"\u00F6");
   f.Close();

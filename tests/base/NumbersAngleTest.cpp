@@ -73,24 +73,17 @@ TEST(HexToDec, RoundTripsWithDecToHex) {
 }
 
 TEST(AdaptCyclically, NearestMemberOfTheCycle) {
-  double v = 370.0;
-  EXPECT_EQ(kw::AdaptCyclically(10.0, &v, 360.0, 1e-9), 0);
-  EXPECT_EQ(v, 10.0);
-  v = 725.0;
-  EXPECT_EQ(kw::AdaptCyclically(0.0, &v, 360.0, 10.0), 0);
-  EXPECT_EQ(v, 5.0);
-  v = -355.0;
-  kw::AdaptCyclically(0.0, &v, 360.0, 10.0);
-  EXPECT_EQ(v, 5.0);
-  v = 5.0;  // a tie keeps the smaller step
-  EXPECT_EQ(kw::AdaptCyclically(0.0, &v, 10.0, 1.0), 1);
-  EXPECT_EQ(v, 5.0);
-  v = -5.0;
-  kw::AdaptCyclically(0.0, &v, 10.0, 1.0);
-  EXPECT_EQ(v, -5.0);
-  v = 3.0;
-  EXPECT_EQ(kw::AdaptCyclically(1e9 + 1.0, &v, 2.0, 0.5), 0);
-  EXPECT_EQ(v, 1e9 + 1.0);
+  const struct {
+    double reference, value, cycle, tolerance, adapted;
+    int result;
+  } rows[] = {{10.0, 370.0, 360.0, 1e-9, 10.0, 0}, {0.0, 725.0, 360.0, 10.0, 5.0, 0}, {0.0, -355.0, 360.0, 10.0, 5.0, 0},
+              {0.0, 5.0, 10.0, 1.0, 5.0, 1},       // a tie keeps the smaller step
+              {0.0, -5.0, 10.0, 1.0, -5.0, 1},     {1e9 + 1.0, 3.0, 2.0, 0.5, 1e9 + 1.0, 0}};
+  for (const auto& row : rows) {
+    double v = row.value;
+    EXPECT_EQ(kw::AdaptCyclically(row.reference, &v, row.cycle, row.tolerance), row.result) << row.value;
+    EXPECT_EQ(v, row.adapted) << row.value;
+  }
 }
 
 TEST(Units, FeetCelsiusAndTheirQuirks) {

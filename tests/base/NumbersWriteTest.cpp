@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "base/Numbers.h"
 
@@ -42,22 +43,26 @@ TEST(SetInt, PictureRules) {
   }
 }
 
+// A writer's result and the text afterwards.
+template <class Fn>
+std::pair<int, std::u16string> Wrote(std::u16string text, Fn fn) {
+  const int r = fn(text);
+  return {r, text};
+}
+using Written = std::pair<int, std::u16string>;
+
 TEST(SetInt, LocatesThePictureInABuffer) {
-  char16_t buf[] = u"Sum: ####| ##";
-  EXPECT_EQ(kw::SetInt(42, buf, -1, 0), 1);  // first digit position, picture run from there
-  EXPECT_EQ(std::u16string(buf), u"Sum:   42| ##");
-  char16_t fixed[] = u"######";
-  EXPECT_EQ(kw::SetInt(5, fixed, 1, 3), 1);
-  EXPECT_EQ(std::u16string(fixed), u"#  5##");
-  char16_t none[] = u"no picture";
-  EXPECT_EQ(kw::SetInt(5, none, -1, 0), 0);
-  EXPECT_EQ(std::u16string(none), u"no picture");
-  std::u16string shortText = u"x##";
-  EXPECT_EQ(kw::SetInt(7, shortText, 1, 10), 1);  // the string ends the picture
-  EXPECT_EQ(shortText, u"x 7");
-  std::u16string located = u"n=**";
-  EXPECT_EQ(kw::SetInt(3, located, -1, 0), 1);
-  EXPECT_EQ(located, u"n=03");
+  auto inBuffer = [](std::u16string s, int64_t value, int64_t start, int64_t len) {
+    return Wrote(s, [&](std::u16string& t) { return kw::SetInt(value, t.data(), start, len); });
+  };
+  EXPECT_EQ(inBuffer(u"Sum: ####| ##", 42, -1, 0), Written(1, u"Sum:   42| ##"));  // first digit position on
+  EXPECT_EQ(inBuffer(u"######", 5, 1, 3), Written(1, u"#  5##"));
+  EXPECT_EQ(inBuffer(u"no picture", 5, -1, 0), Written(0, u"no picture"));
+  auto inString = [](std::u16string s, int64_t value, int64_t start, int64_t len) {
+    return Wrote(s, [&](std::u16string& t) { return kw::SetInt(value, t, start, len); });
+  };
+  EXPECT_EQ(inString(u"x##", 7, 1, 10), Written(1, u"x 7"));  // the string ends the picture
+  EXPECT_EQ(inString(u"n=**", 3, -1, 0), Written(1, u"n=03"));
 }
 
 struct DoubleRow {
@@ -68,7 +73,7 @@ struct DoubleRow {
   int roundMode = 0;
 };
 
-TEST(SetDouble, DigitPositionRules) {
+TEST(SetDouble, DigitPositionAndSignRules) {
   const DoubleRow rows[] = {
       {3.14159, u"##.##", u" 3.14", 1},
       {0.5, u"#*.##", u"  .50", 1},    // "*" at the rightmost integral place: no "0" before the point
@@ -84,18 +89,9 @@ TEST(SetDouble, DigitPositionRules) {
       {9.996, u"#.##", u"10.0", 1},  // rounding up into a new place shifts the picture
       {0.375, u"#.##", u"0.38", 1},  // 0.375 + 0.005 lands exactly on the next digit
       {1e17, u"##################", u"100000000000000000", 1},  // beyond 2^53
-  };
-  for (const auto& row : rows) {
-    std::u16string s = row.picture;
-    EXPECT_EQ(kw::SetDouble(row.value, s, 0, 0, row.roundMode), row.result) << row.value << " " << Narrow(row.picture);
-    EXPECT_EQ(s, row.expected) << row.value << " " << Narrow(row.picture);
-  }
-}
-
-TEST(SetDouble, NegativeValues) {
-  const DoubleRow rows[] = {
+      // Negative values: the sign goes before the first digit written, or shifts the picture.
       {-3.14159, u"##.##", u"-3.14", 1},
-      {-0.5, u"#*.##", u" -.50", 1},   // the sign goes before the first digit written
+      {-0.5, u"#*.##", u" -.50", 1},
       {-5.0, u"*#", u"-5", 1},         // nothing blanked: the sign takes the first digit position
       {-0.004, u"#.##", u"0.00", 1},   // rounds to zero: no sign
       {-0.005, u"#.##", u"-.01", 1},
@@ -114,39 +110,23 @@ TEST(SetDouble, NegativeValues) {
   EXPECT_EQ(inner, u"A  0.00");
 }
 
-TEST(SetDouble, PictureShiftAndOverflow) {
-  std::u16string s = u"##.#";
-  EXPECT_EQ(kw::SetDouble(123.4, s, 0, 0, 0), 1);
-  EXPECT_EQ(s, u"123.");  // the picture became "###."
-  s = u"##.##";
-  EXPECT_EQ(kw::SetDouble(1234.5, s, 0, 0, 0), 1);  // two shifts: "####."
-  EXPECT_EQ(s, u"1235.");
-  s = u"##.##";
-  EXPECT_EQ(kw::SetDouble(12345.6, s, 0, 0, 0), 0);  // no decimal left to give up
-  EXPECT_EQ(s, u"1234.");
-  s = u"##";
-  EXPECT_EQ(kw::SetDouble(100.0, s, 0, 0, 0), 0);  // no point: written anyway, value / 10
-  EXPECT_EQ(s, u"10");
-  // Trailing blanks stay where they are; the last non-blank character drops off.
-  s = u"##.# |";
-  EXPECT_EQ(kw::SetDouble(123.4, s, 0, 5, 0), 1);
-  EXPECT_EQ(s, u"123. |");
-  // The caller's buffer keeps the shifted picture.
-  char16_t buf[] = u"[##.#]";
-  EXPECT_EQ(kw::SetDouble(99.96, buf, 1, 4, 0), 1);
-  EXPECT_EQ(std::u16string(buf), u"[100.]");
-  s = u"#.#";
-  EXPECT_EQ(kw::SetDouble(std::numeric_limits<double>::quiet_NaN(), s, 0, 0, 0), 0);
-  EXPECT_EQ(s, u" . ");
-}
 
-TEST(SetDouble, LocatesThePicture) {
-  char16_t buf[] = u"Total: ##.## EUR";
-  EXPECT_EQ(kw::SetDouble(3.14159, buf, -1, 0, 0), 1);
-  EXPECT_EQ(std::u16string(buf), u"Total:  3.14 EUR");
-  char16_t none[] = u"none";
-  EXPECT_EQ(kw::SetDouble(1.0, none, -1, 0, 0), 0);
-  EXPECT_EQ(std::u16string(none), u"none");
+TEST(SetDouble, PictureShiftOverflowAndLocation) {
+  auto write = [](std::u16string s, double value, int64_t start, int64_t len) {
+    return Wrote(s, [&](std::u16string& t) { return kw::SetDouble(value, t, start, len, 0); });
+  };
+  EXPECT_EQ(write(u"##.#", 123.4, 0, 0), Written(1, u"123."));     // the picture became "###."
+  EXPECT_EQ(write(u"##.##", 1234.5, 0, 0), Written(1, u"1235."));  // two shifts: "####."
+  EXPECT_EQ(write(u"##.##", 12345.6, 0, 0), Written(0, u"1234."));  // no decimal left to give up
+  EXPECT_EQ(write(u"##", 100.0, 0, 0), Written(0, u"10"));          // no point: written anyway, value / 10
+  EXPECT_EQ(write(u"##.# |", 123.4, 0, 5), Written(1, u"123. |"));  // trailing blanks stay where they are
+  EXPECT_EQ(write(u"#.#", std::numeric_limits<double>::quiet_NaN(), 0, 0), Written(0, u" . "));
+  auto inBuffer = [](std::u16string s, double value, int64_t start, int64_t len) {
+    return Wrote(s, [&](std::u16string& t) { return kw::SetDouble(value, t.data(), start, len, 0); });
+  };
+  EXPECT_EQ(inBuffer(u"[##.#]", 99.96, 1, 4), Written(1, u"[100.]"));  // the buffer keeps the shifted picture
+  EXPECT_EQ(inBuffer(u"Total: ##.## EUR", 3.14159, -1, 0), Written(1, u"Total:  3.14 EUR"));
+  EXPECT_EQ(inBuffer(u"none", 1.0, -1, 0), Written(0, u"none"));
 }
 
 TEST(SetDouble, RoundModes) {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "base/Text.h"
 #include "base/Types.h"
@@ -9,62 +10,53 @@
 
 using kw::StrConvert;
 
-TEST(TextConvert, UnquotesReplacesCodesAndUpperCases) {
-  int ok = -1;
-  EXPECT_EQ(StrConvert(u"\"abc\"", &ok, -1, 1, 1), u"abc");
-  EXPECT_EQ(ok, 1);
-  EXPECT_EQ(StrConvert(u"\"\"", &ok, -1, 1, 1), u"\"\"");  // fewer than 3 characters
-  EXPECT_EQ(StrConvert(u"\"abc\"", &ok, -1, 0, 1), u"\"abc\"");
-  EXPECT_EQ(StrConvert(u"a<#9>b", &ok, kw::kEncodingUtf8, 0, 1), u"a\tb");
-  EXPECT_EQ(ok, 1);
-  EXPECT_EQ(StrConvert(u"<#9>", &ok, -1, 0, 1), u"<#9>");  // no encoding: no codes
-  EXPECT_EQ(StrConvert(u"<#8364>x", &ok, kw::kEncodingUtf16LE, 0, 0), u"\u20acX");
-  EXPECT_EQ(StrConvert(u"<#128>", &ok, kw::kEncodingAnsi, 0, 1), u"\u20ac");  // byte 0x80 of 1252
-  EXPECT_EQ(StrConvert(u"<#132>", &ok, kw::kEncodingOem, 0, 1), u"\u00e4");   // byte 0x84 of 437
-  EXPECT_EQ(ok, 1);
-  EXPECT_EQ(StrConvert(u"m\u00fcller", &ok, -1, 0, 0), u"M\u00dcLLER");
-}
+namespace {
 
-TEST(TextConvert, BadSequencesClearOkAndStayVisible) {
-  int ok = 1;
-  EXPECT_EQ(StrConvert(u"a<#12b", &ok, kw::kEncodingUtf8, 0, 1), u"a<#12b");
-  EXPECT_EQ(ok, 0);
-  EXPECT_EQ(StrConvert(u"<#>", &ok, kw::kEncodingUtf8, 0, 1), u"<#>");
-  EXPECT_EQ(ok, 0);
-  EXPECT_EQ(StrConvert(u"<#300>", &ok, kw::kEncodingAnsi, 0, 1), u"<#300>");
-  EXPECT_EQ(ok, 0);
-  EXPECT_EQ(StrConvert(u"<#300>", &ok, kw::kEncodingUtf8, 0, 1), u"\u012c");
-  EXPECT_EQ(ok, 1);
-  EXPECT_EQ(StrConvert(u"<#99999999999>", &ok, kw::kEncodingUtf8, 0, 1), u"<#99999999999>");
-  EXPECT_EQ(ok, 0);
-  // One bad sequence does not stop the good ones after it.
-  EXPECT_EQ(StrConvert(u"<#999><#65>", &ok, kw::kEncodingAnsi, 0, 1), u"<#999>A");
-  EXPECT_EQ(ok, 0);
+// StrConvert's result and its ok flag.
+std::pair<std::u16string, int> Convert(const char16_t* s, int encoding, int unquote, int keepCase) {
+  int ok = -1;
+  std::u16string out = StrConvert(s, &ok, encoding, unquote, keepCase);
+  return {out, ok};
+}
+using Converted = std::pair<std::u16string, int>;
+
+}  // namespace
+
+TEST(TextConvert, UnquotesReplacesCodesAndUpperCases) {
+  EXPECT_EQ(Convert(u"\"abc\"", -1, 1, 1), Converted(u"abc", 1));
+  EXPECT_EQ(Convert(u"\"\"", -1, 1, 1), Converted(u"\"\"", 1));  // fewer than 3 characters
+  EXPECT_EQ(Convert(u"\"abc\"", -1, 0, 1), Converted(u"\"abc\"", 1));
+  EXPECT_EQ(Convert(u"a<#9>b", kw::kEncodingUtf8, 0, 1), Converted(u"a\tb", 1));
+  EXPECT_EQ(Convert(u"<#9>", -1, 0, 1), Converted(u"<#9>", 1));  // no encoding: no codes
+  EXPECT_EQ(Convert(u"<#8364>x", kw::kEncodingUtf16LE, 0, 0), Converted(u"\u20acX", 1));
+  EXPECT_EQ(Convert(u"<#128>", kw::kEncodingAnsi, 0, 1), Converted(u"\u20ac", 1));  // byte 0x80 of 1252
+  EXPECT_EQ(Convert(u"<#132>", kw::kEncodingOem, 0, 1), Converted(u"\u00e4", 1));   // byte 0x84 of 437
+  EXPECT_EQ(Convert(u"m\u00fcller", -1, 0, 0), Converted(u"M\u00dcLLER", 1));
+  EXPECT_EQ(Convert(u"<#300>", kw::kEncodingUtf8, 0, 1), Converted(u"\u012c", 1));
+  // Bad sequences clear ok and stay visible; one does not stop the good ones after it.
+  EXPECT_EQ(Convert(u"a<#12b", kw::kEncodingUtf8, 0, 1), Converted(u"a<#12b", 0));
+  EXPECT_EQ(Convert(u"<#>", kw::kEncodingUtf8, 0, 1), Converted(u"<#>", 0));
+  EXPECT_EQ(Convert(u"<#300>", kw::kEncodingAnsi, 0, 1), Converted(u"<#300>", 0));
+  EXPECT_EQ(Convert(u"<#99999999999>", kw::kEncodingUtf8, 0, 1), Converted(u"<#99999999999>", 0));
+  EXPECT_EQ(Convert(u"<#999><#65>", kw::kEncodingAnsi, 0, 1), Converted(u"<#999>A", 0));
   EXPECT_EQ(StrConvert(u"x", nullptr, 0, 0, 0), u"X");
 }
 
 TEST(TextLimitInput, CodeSequencesCountAsOneAndQuotesNotAtAll) {
-  std::u16string s = u"abcdef";
-  EXPECT_EQ(kw::LimitInput(s, 4, 0), 1);
-  EXPECT_EQ(s, u"abcd");
-  EXPECT_EQ(kw::LimitInput(s, 4, 0), 0);
-  EXPECT_EQ(s, u"abcd");
-  s = u"a<#9>b<#10>cd";
-  EXPECT_EQ(kw::LimitInput(s, 4, 0), 1);
-  EXPECT_EQ(s, u"a<#9>b<#10>");
-  s = u"\"abcd\"";
-  EXPECT_EQ(kw::LimitInput(s, 4, 1), 0);
-  EXPECT_EQ(kw::LimitInput(s, 3, 1), 1);
-  EXPECT_EQ(s, u"\"abc\"");
-  s = u"\"abcd\"";
-  EXPECT_EQ(kw::LimitInput(s, 5, 0), 1);  // quotes count without `quoted`
-  EXPECT_EQ(s, u"\"abcd");
-  s = u"a<#1";  // unclosed: every character counts
-  EXPECT_EQ(kw::LimitInput(s, 2, 0), 1);
-  EXPECT_EQ(s, u"a<");
+  auto limit = [](std::u16string s, int max, int quoted) {
+    const int cut = kw::LimitInput(s, max, quoted);
+    return std::pair<int, std::u16string>(cut, s);
+  };
+  using Cut = std::pair<int, std::u16string>;
+  EXPECT_EQ(limit(u"abcdef", 4, 0), Cut(1, u"abcd"));
+  EXPECT_EQ(limit(u"abcd", 4, 0), Cut(0, u"abcd"));
+  EXPECT_EQ(limit(u"a<#9>b<#10>cd", 4, 0), Cut(1, u"a<#9>b<#10>"));
+  EXPECT_EQ(limit(u"\"abcd\"", 4, 1), Cut(0, u"\"abcd\""));
+  EXPECT_EQ(limit(u"\"abcd\"", 3, 1), Cut(1, u"\"abc\""));
+  EXPECT_EQ(limit(u"\"abcd\"", 5, 0), Cut(1, u"\"abcd"));  // quotes count without `quoted`
+  EXPECT_EQ(limit(u"a<#1", 2, 0), Cut(1, u"a<"));  // unclosed: every character counts
   kwtest::AssertionRecorder asserts;
-  EXPECT_EQ(kw::LimitInput(s, 0, 0), 0);
-  EXPECT_EQ(s, u"a<");
+  EXPECT_EQ(limit(u"a<", 0, 0), Cut(0, u"a<"));
   EXPECT_EQ(asserts.count(), 1u);
 }
 

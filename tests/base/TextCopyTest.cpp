@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "app/StringTable.h"
 #include "base/Text.h"
@@ -8,118 +9,89 @@
 
 namespace {
 
-// A destination buffer pre-filled with '~' so that untouched places are visible.
-std::u16string Buffer(size_t n) { return std::u16string(n, u'~'); }
+// A call's result and its buffer afterwards; buffers start filled with '~' so that untouched places show.
+using Out = std::pair<int64_t, std::u16string>;
+
+template <class Fn>
+Out Into(std::u16string buffer, Fn fn) {
+  const int64_t r = fn(buffer.data());
+  return {r, buffer};
+}
+
+std::u16string Tildes(size_t n) { return std::u16string(n, u'~'); }
+std::u16string Z(const char16_t* s, size_t n) { return std::u16string(s, n); }  // with zeros inside
 
 }  // namespace
 
 TEST(TextLength, TrailingBlanksTabsAndZerosDoNotCount) {
   EXPECT_EQ(kw::StrSize(u"abc"), 3);
   EXPECT_EQ(kw::StrSize(nullptr), 0);
-  EXPECT_EQ(kw::StrLen(std::u16string(u"ab \t ")), 2);
-  EXPECT_EQ(kw::StrLen(std::u16string(u"ab \0\0", 5)), 2);
-  EXPECT_EQ(kw::StrLen(std::u16string(u"   ")), 0);
-  EXPECT_EQ(kw::StrLen(std::u16string(u" a")), 2);
+  for (const auto& [text, len] : {std::pair<std::u16string, int64_t>{u"ab \t ", 2}, {Z(u"ab \0\0", 5), 2},
+                                  {u"   ", 0}, {u" a", 2}})
+    EXPECT_EQ(kw::StrLen(text), len);
   EXPECT_EQ(kw::StrLen(u"abc  x", 4), 3);
   EXPECT_EQ(kw::StrLen(u"abc  ", 0), 3);
 }
 
 TEST(TextCopy, CountedTemplateAndTerminatedModes) {
-  std::u16string d = Buffer(8);
-  EXPECT_EQ(kw::StrCopy(d.data(), u"abcdef", 3, 0), 3);
-  EXPECT_EQ(d, u"abc~~~~~");
-  d = Buffer(8);
-  EXPECT_EQ(kw::StrCopy(d.data(), u"abcdef", 6, 4), 4);
-  EXPECT_EQ(d, u"abcd~~~~");
-
-  std::u16string t = u"Nr. *   ";
-  EXPECT_EQ(kw::StrCopy(t.data(), u"12345", -3, 0), 3);
-  EXPECT_EQ(t, u"Nr. 123 ");
-  t = u"Nr. *   ";
-  EXPECT_EQ(kw::StrCopy(t.data(), u"12345", -5, 6), 2);  // at most the limit minus the offset
-  EXPECT_EQ(t, u"Nr. 12  ");
-  t = u"no star";
-  EXPECT_EQ(kw::StrCopy(t.data(), u"12", -2, 0), 0);
-  EXPECT_EQ(t, u"no star");
-
-  d = Buffer(8);
-  EXPECT_EQ(kw::StrCopy(d.data(), u"abc", 0, 0), 4);
-  EXPECT_EQ(d, std::u16string(u"abc\0~~~~", 8));
-  d = Buffer(8);
-  EXPECT_EQ(kw::StrCopy(d.data(), u"abc", 0, 4), 4);
-  EXPECT_EQ(d, std::u16string(u"abc\0~~~~", 8));
+  auto copy = [](std::u16string dst, const char16_t* src, int64_t n, int64_t limit) {
+    return Into(dst, [&](char16_t* d) { return kw::StrCopy(d, src, n, limit); });
+  };
+  EXPECT_EQ(copy(Tildes(8), u"abcdef", 3, 0), Out(3, u"abc~~~~~"));
+  EXPECT_EQ(copy(Tildes(8), u"abcdef", 6, 4), Out(4, u"abcd~~~~"));
+  EXPECT_EQ(copy(u"Nr. *   ", u"12345", -3, 0), Out(3, u"Nr. 123 "));
+  EXPECT_EQ(copy(u"Nr. *   ", u"12345", -5, 6), Out(2, u"Nr. 12  "));  // at most the limit minus the offset
+  EXPECT_EQ(copy(u"no star", u"12", -2, 0), Out(0, u"no star"));
+  EXPECT_EQ(copy(Tildes(8), u"abc", 0, 0), Out(4, Z(u"abc\0~~~~", 8)));
+  EXPECT_EQ(copy(Tildes(8), u"abc", 0, 4), Out(4, Z(u"abc\0~~~~", 8)));
+  // The zero not within the limit: the whole source is copied anyway.
+  EXPECT_EQ(copy(Tildes(10), u"abcdefg", 0, 3), Out(8, Z(u"abcdefg\0~~", 10)));
 }
 
-TEST(TextCopy, ZeroNotWithinTheLimitCopiesTheWholeSourceAnyway) {
-  std::u16string d = Buffer(10);
-  EXPECT_EQ(kw::StrCopy(d.data(), u"abcdefg", 0, 3), 8);
-  EXPECT_EQ(d, std::u16string(u"abcdefg\0~~", 10));
-}
-
-TEST(TextCopy, FromAString) {
-  std::u16string d = Buffer(6);
-  EXPECT_EQ(kw::StrCopy(d.data(), std::u16string(u"abc"), 0, 0), 3);
-  EXPECT_EQ(d, u"abc~~~");  // no terminator
-  d = Buffer(6);
-  EXPECT_EQ(kw::StrCopy(d.data(), std::u16string(u"abc"), 2, 0), 2);
-  EXPECT_EQ(d, u"ab~~~~");
-  d = Buffer(6);
-  EXPECT_EQ(kw::StrCopy(d.data(), std::u16string(u"abc"), 10, 0), 3);
-  EXPECT_EQ(d, u"abc~~~");
-  d = u"[*...]";
-  EXPECT_EQ(kw::StrCopy(d.data(), std::u16string(u"xyz"), -2, 0), 2);
-  EXPECT_EQ(d, u"[xy..]");
-
+TEST(TextCopy, FromAStringAndTheStringTable) {
+  auto copy = [](std::u16string dst, int64_t n) {
+    return Into(dst, [&](char16_t* d) { return kw::StrCopy(d, std::u16string(u"abc"), n, 0); });
+  };
+  EXPECT_EQ(copy(Tildes(6), 0), Out(3, u"abc~~~"));  // no terminator
+  EXPECT_EQ(copy(Tildes(6), 2), Out(2, u"ab~~~~"));
+  EXPECT_EQ(copy(Tildes(6), 10), Out(3, u"abc~~~"));
+  EXPECT_EQ(copy(u"[*...]", -2), Out(2, u"[ab..]"));
   std::u16string s = u"old";
   EXPECT_EQ(kw::StrCopy(s, u"abcdef", 4), 4);
   EXPECT_EQ(s, u"abcd");
   EXPECT_EQ(kw::StrCopy(s, u"xy", 0), 2);
   EXPECT_EQ(s, u"xy");
-}
 
-TEST(TextCopy, FromTheStringTable) {
   const unsigned id = 64001;
   kw::SetString(id, u"Hello table");
-  std::u16string d = Buffer(16);
-  EXPECT_EQ(kw::StrCopy(d.data(), id, 0), 12);
-  EXPECT_EQ(d.substr(0, 12), std::u16string(u"Hello table\0", 12));
-  d = Buffer(16);
-  EXPECT_EQ(kw::StrCopy(d.data(), id, 6), 6);
-  EXPECT_EQ(d.substr(0, 7), std::u16string(u"Hello\0~", 7));
+  auto load = [](unsigned which, int64_t size) {
+    return Into(Tildes(16), [&](char16_t* d) { return kw::StrCopy(d, which, size); });
+  };
+  EXPECT_EQ(load(id, 0), Out(12, Z(u"Hello table\0~~~~", 16)));
+  EXPECT_EQ(load(id, 6), Out(6, Z(u"Hello\0~~~~~~~~~~", 16)));
   kw::SetString(id, u"");
-  d = Buffer(4);
-  EXPECT_EQ(kw::StrCopy(d.data(), 64002u, 4), 1);
-  EXPECT_EQ(d[0], u'\0');
+  EXPECT_EQ(load(64002u, 4), Out(1, std::u16string(1, u'\0') + Tildes(15)));
 }
 
 TEST(TextEntry, LeftRightAndSqueezed) {
-  std::u16string f = Buffer(6);
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"ab", 0, 1, 0), 2);
-  EXPECT_EQ(f, u"ab    ");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"ab", 0, 0, 0), 2);
-  EXPECT_EQ(f, u"    ab");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"abcdefgh", 0, 1, 0), 6);
-  EXPECT_EQ(f, u"abcdef");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"abcdefgh", 0, 0, 0), 6);
-  EXPECT_EQ(f, u"cdefgh");  // a long source keeps its tail
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"a   b  ", 0, 1, 1), 3);  // trimmed length, squeezed
-  EXPECT_EQ(f, u"a b   ");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"a   b  ", 0, 1, 0), 5);
-  EXPECT_EQ(f, u"a   b ");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, u"a   b  ", 7, 0, 1), 4);  // explicit length keeps one blank
-  EXPECT_EQ(f, u"  a b ");
-
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, std::u16string(u"xxHELLO"), 2, 3, 1, 0), 3);
-  EXPECT_EQ(f, u"HEL   ");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, std::u16string(u"xxHELLO"), 2, 0, 0, 0), 5);
-  EXPECT_EQ(f, u" HELLO");
-  EXPECT_EQ(kw::StrEntry(f.data(), 6, std::u16string(), 0, 0, 0, 0), 0);
-  EXPECT_EQ(f, u"      ");
-
+  auto entry = [](const char16_t* src, int64_t len, int left, int squeeze) {
+    return Into(Tildes(6), [&](char16_t* f) { return kw::StrEntry(f, 6, src, len, left, squeeze); });
+  };
+  EXPECT_EQ(entry(u"ab", 0, 1, 0), Out(2, u"ab    "));
+  EXPECT_EQ(entry(u"ab", 0, 0, 0), Out(2, u"    ab"));
+  EXPECT_EQ(entry(u"abcdefgh", 0, 1, 0), Out(6, u"abcdef"));
+  EXPECT_EQ(entry(u"abcdefgh", 0, 0, 0), Out(6, u"cdefgh"));  // a long source keeps its tail
+  EXPECT_EQ(entry(u"a   b  ", 0, 1, 1), Out(3, u"a b   "));    // trimmed length, squeezed
+  EXPECT_EQ(entry(u"a   b  ", 0, 1, 0), Out(5, u"a   b "));
+  EXPECT_EQ(entry(u"a   b  ", 7, 0, 1), Out(4, u"  a b "));    // explicit length keeps one blank
+  auto fromString = [](const std::u16string& src, int from, int64_t len, int left) {
+    return Into(Tildes(6), [&](char16_t* f) { return kw::StrEntry(f, 6, src, from, len, left, 0); });
+  };
+  EXPECT_EQ(fromString(u"xxHELLO", 2, 3, 1), Out(3, u"HEL   "));
+  EXPECT_EQ(fromString(u"xxHELLO", 2, 0, 0), Out(5, u" HELLO"));
+  EXPECT_EQ(fromString(u"", 0, 0, 0), Out(0, u"      "));
   kwtest::AssertionRecorder asserts;
-  f = Buffer(2);
-  EXPECT_EQ(kw::StrEntry(f.data(), 0, u"ab", 0, 1, 0), 0);
-  EXPECT_EQ(f, u"~~");
+  EXPECT_EQ(Into(Tildes(2), [](char16_t* f) { return kw::StrEntry(f, 0, u"ab", 0, 1, 0); }), Out(0, u"~~"));
   EXPECT_EQ(asserts.count(), 1u);
 }
 
@@ -137,46 +109,30 @@ TEST(TextPadding, LeftRightCenter) {
 }
 
 TEST(TextMove, JustifiesAFixedField) {
-  std::u16string f = u"  ab c  ";
-  EXPECT_EQ(kw::StrMove(f.data(), 8, 1), 4);
-  EXPECT_EQ(f, u"ab c    ");
-  EXPECT_EQ(kw::StrMove(f.data(), 8, 0), 4);
-  EXPECT_EQ(f, u"    ab c");
-  EXPECT_EQ(kw::StrMove(f.data(), 8, 0), 4);
-  f = u"    ";
-  EXPECT_EQ(kw::StrMove(f.data(), 4, 1), 1);
-  EXPECT_EQ(kw::StrMove(f.data(), 4, 0), 3);
-  EXPECT_EQ(f, u"    ");
-  EXPECT_EQ(kw::StrMove(f.data(), 0, 1), 1);
+  auto move = [](const std::u16string& field, int64_t len, int toLeft) {
+    return Into(field, [&](char16_t* f) { return kw::StrMove(f, len, toLeft); });
+  };
+  EXPECT_EQ(move(u"  ab c  ", 8, 1), Out(4, u"ab c    "));
+  EXPECT_EQ(move(u"ab c    ", 8, 0), Out(4, u"    ab c"));
+  EXPECT_EQ(move(u"    ab c", 8, 0), Out(4, u"    ab c"));
+  EXPECT_EQ(move(u"    ", 4, 1), Out(1, u"    "));
+  EXPECT_EQ(move(u"    ", 4, 0), Out(3, u"    "));
+  EXPECT_EQ(move(u"    ", 0, 1), Out(1, u"    "));
 }
 
-TEST(TextWrap, HardWrapWithIndent) {
-  std::u16string s = u"abcdefghijklmnopqrstuvwxy";  // 25 characters
-  kw::StrWrap(s, nullptr, 10, 2, nullptr);
-  EXPECT_EQ(s, u"abcdefghij\r\n  klmnopqr\r\n  stuvwxy");
-  std::u16string exact = u"abcdefghij";
-  kw::StrWrap(exact, nullptr, 10, 2, nullptr);
-  EXPECT_EQ(exact, u"abcdefghij");
-  std::u16string eleven = u"abcdefghijk";
-  kw::StrWrap(eleven, nullptr, 5, 0, u"|");
-  EXPECT_EQ(eleven, u"abcde|fghij|k");
-}
-
-TEST(TextWrap, BreaksAfterTheLastBreakCharacter) {
-  std::u16string s = u"one two three four";
-  kw::StrWrap(s, u" ", 9, 0, u"\n");
-  EXPECT_EQ(s, u"one two \nthree \nfour");  // the blank stays at the end of its line
-  s = u"aa-bb-cc-dd";
-  kw::StrWrap(s, u"-", 7, 1, u"/");
-  EXPECT_EQ(s, u"aa-bb-/ cc-dd");
-  s = u"abcdefghij klm";  // no break character in the first line: hard cut
-  kw::StrWrap(s, u" ", 5, 0, u"/");
-  EXPECT_EQ(s, u"abcde/fghij/ klm");
-
+TEST(TextWrap, HardOrAfterTheLastBreakCharacter) {
+  auto wrap = [](std::u16string s, const char16_t* breaks, int width, int indent, const char16_t* sep) {
+    kw::StrWrap(s, breaks, width, indent, sep);
+    return s;
+  };
+  EXPECT_EQ(wrap(u"abcdefghijklmnopqrstuvwxy", nullptr, 10, 2, nullptr), u"abcdefghij\r\n  klmnopqr\r\n  stuvwxy");
+  EXPECT_EQ(wrap(u"abcdefghij", nullptr, 10, 2, nullptr), u"abcdefghij");
+  EXPECT_EQ(wrap(u"abcdefghijk", nullptr, 5, 0, u"|"), u"abcde|fghij|k");
+  EXPECT_EQ(wrap(u"one two three four", u" ", 9, 0, u"\n"), u"one two \nthree \nfour");  // the blank stays
+  EXPECT_EQ(wrap(u"aa-bb-cc-dd", u"-", 7, 1, u"/"), u"aa-bb-/ cc-dd");
+  EXPECT_EQ(wrap(u"abcdefghij klm", u" ", 5, 0, u"/"), u"abcde/fghij/ klm");  // no break character: hard cut
   kwtest::AssertionRecorder asserts;
-  s = u"unchanged text";
-  kw::StrWrap(s, nullptr, 4, 4, nullptr);
-  kw::StrWrap(s, nullptr, 0, 0, nullptr);
-  EXPECT_EQ(s, u"unchanged text");
+  EXPECT_EQ(wrap(u"unchanged text", nullptr, 4, 4, nullptr), u"unchanged text");
+  EXPECT_EQ(wrap(u"unchanged text", nullptr, 0, 0, nullptr), u"unchanged text");
   EXPECT_EQ(asserts.count(), 2u);
 }

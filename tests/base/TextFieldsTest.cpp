@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "base/Text.h"
 #include "support/TestSupport.h"
@@ -25,8 +26,7 @@ std::u16string Field(const char16_t* text, const char16_t* delims, int64_t field
 TEST(TextLimitText, ColumnModeCountsEmptyFields) {
   int64_t range[2] = {0, 0};
   EXPECT_EQ(LimitText(u"a;;b", u";", 1, range, 1, 0), 1);
-  EXPECT_EQ(range[0], 2);
-  EXPECT_EQ(range[1], 2);
+  EXPECT_EQ(std::vector<int64_t>(range, range + 2), (std::vector<int64_t>{2, 2}));
   EXPECT_EQ(Field(u"a;;b", u";", 0, 1), u"a");
   EXPECT_EQ(Field(u"a;;b", u";", 2, 1), u"b");
   EXPECT_EQ(Field(u"a;;b", u";", 3, 1), u"<none>");
@@ -40,8 +40,7 @@ TEST(TextLimitText, ColumnModeCountsEmptyFields) {
 TEST(TextLimitText, WordModeSkipsRunsOfDelimiters) {
   int64_t range[2] = {0, 0};
   EXPECT_EQ(LimitText(u"a;;b", u";", 1, range, 0, 0), 1);
-  EXPECT_EQ(range[0], 3);
-  EXPECT_EQ(range[1], 4);
+  EXPECT_EQ(std::vector<int64_t>(range, range + 2), (std::vector<int64_t>{3, 4}));
   EXPECT_EQ(Field(u"  one   two ", u" ", 0, 0), u"one");
   EXPECT_EQ(Field(u"  one   two ", u" ", 1, 0), u"two");
   EXPECT_EQ(Field(u"  one   two ", u" ", 2, 0), u"<none>");
@@ -98,11 +97,8 @@ TEST(TextMenu, RemoveAmpersAnd) {
 }
 
 TEST(TextParts, ReadAndReplaceParts) {
-  EXPECT_EQ(kw::StrPart(u"a|bb||d", 0, u'|'), u"a");
-  EXPECT_EQ(kw::StrPart(u"a|bb||d", 1, u'|'), u"bb");
-  EXPECT_EQ(kw::StrPart(u"a|bb||d", 2, u'|'), u"");
-  EXPECT_EQ(kw::StrPart(u"a|bb||d", 3, u'|'), u"d");
-  EXPECT_EQ(kw::StrPart(u"a|bb||d", 4, u'|'), u"");
+  const std::u16string parts[] = {u"a", u"bb", u"", u"d", u""};  // the fifth is beyond the end
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(kw::StrPart(u"a|bb||d", i, u'|'), parts[i]) << i;
   EXPECT_EQ(kw::StrPart(u"", 0, u'|'), u"");
 
   std::u16string s = u"a|bb||d";

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/CodePages.h"
@@ -11,49 +12,53 @@ using kw::SeekString;
 using kw::StrFind;
 using kw::StrMatch;
 
+namespace {
+
+// StrFind's position and found length (-9 when not set).
+std::pair<int64_t, int64_t> Find(const std::u16string& text, const std::u16string& pattern, int cs, int wild,
+                                 int64_t start = 0) {
+  int64_t len = -9;
+  const int64_t at = StrFind(text, pattern, cs, wild, start, &len);
+  return {at, at < 0 ? -9 : len};
+}
+std::pair<int64_t, int64_t> FindIn(const char16_t* text, int64_t start, int64_t count, const char16_t* pattern,
+                                   int cs, int wild) {
+  int64_t len = -9;
+  const int64_t at = StrFind(text, start, count, pattern, kw::StrSize(pattern), cs, wild, &len);
+  return {at, at < 0 ? -9 : len};
+}
+using Hit = std::pair<int64_t, int64_t>;
+const Hit kNone{-1, -9};
+
+}  // namespace
+
 TEST(TextFind, PlainSearchWithinTheCountedRange) {
   const std::u16string text = u"one Two three two";
-  int64_t len = -1;
-  EXPECT_EQ(StrFind(text, u"two", 1, 0, 0, &len), 14);
-  EXPECT_EQ(len, 3);
-  EXPECT_EQ(StrFind(text, u"two", 0, 0, 0, nullptr), 4);
-  EXPECT_EQ(StrFind(text, u"two", 0, 0, 5, nullptr), 14);
-  EXPECT_EQ(StrFind(text, u"TWO", 0, 0, 15, nullptr), -1);
-  EXPECT_EQ(StrFind(text, u"", 0, 0, 3, &len), 3);
-  EXPECT_EQ(len, 0);
+  EXPECT_EQ(Find(text, u"two", 1, 0), Hit(14, 3));
+  EXPECT_EQ(Find(text, u"two", 0, 0), Hit(4, 3));
+  EXPECT_EQ(Find(text, u"two", 0, 0, 5), Hit(14, 3));
+  EXPECT_EQ(Find(text, u"TWO", 0, 0, 15), kNone);
+  EXPECT_EQ(Find(text, u"", 0, 0, 3), Hit(3, 0));
   // The counted form looks only at text[start .. start+count-1].
-  const char16_t* p = text.c_str();
-  EXPECT_EQ(StrFind(p, 0, 7, u"Two", 3, 1, 0, nullptr), 4);
-  EXPECT_EQ(StrFind(p, 0, 6, u"Two", 3, 1, 0, nullptr), -1);
-  EXPECT_EQ(StrFind(p, 5, 12, u"?wo", 3, 1, 0, nullptr), -1);  // "?" is literal without wildcards
-  EXPECT_EQ(StrFind(u"a\u00e4b", 0, 3, u"\u00c4", 1, 0, 0, nullptr), 1);
+  EXPECT_EQ(FindIn(text.c_str(), 0, 7, u"Two", 1, 0), Hit(4, 3));
+  EXPECT_EQ(FindIn(text.c_str(), 0, 6, u"Two", 1, 0), kNone);
+  EXPECT_EQ(FindIn(text.c_str(), 5, 12, u"?wo", 1, 0), kNone);  // "?" is literal without wildcards
+  EXPECT_EQ(FindIn(u"a\u00e4b", 0, 3, u"\u00c4", 0, 0), Hit(1, 1));
 }
 
 TEST(TextFind, WildcardPiecesFoundInOrder) {
-  int64_t len = -1;
-  EXPECT_EQ(StrFind(u"xxabbbcx", u"a*c", 0, 1, 0, &len), 2);
-  EXPECT_EQ(len, 5);
-  EXPECT_EQ(StrFind(u"xxabbbcx", u"**a*c**", 0, 1, 0, &len), 2);
-  EXPECT_EQ(len, 5);
-  EXPECT_EQ(StrFind(u"xxabbbcx", u"b?c", 0, 1, 0, &len), 4);
-  EXPECT_EQ(len, 3);
-  EXPECT_EQ(StrFind(u"xxabbbcx", u"c*a", 0, 1, 0, &len), -1);
-  EXPECT_EQ(StrFind(u"ab-ab-cd", u"ab*c", 0, 1, 0, &len), 0);  // first piece leftmost
-  EXPECT_EQ(len, 7);
-  EXPECT_EQ(StrFind(u"aXbXc", u"x*X", 0, 1, 0, &len), 1);  // case-sensitive pieces
-  EXPECT_EQ(len, 3);
-  EXPECT_EQ(StrFind(u"aXbXc", u"x*x", 1, 1, 0, &len), -1);
-  // Pieces must end before start + count.
-  EXPECT_EQ(StrFind(u"abcdef", 0, 4, u"b*e", 3, 0, 1, &len), -1);
-  EXPECT_EQ(StrFind(u"abcdef", 0, 5, u"b*e", 3, 0, 1, &len), 1);
-  EXPECT_EQ(len, 4);
-}
-
-TEST(TextFind, StarOnlyPatternIsAContractError) {
+  EXPECT_EQ(Find(u"xxabbbcx", u"a*c", 0, 1), Hit(2, 5));
+  EXPECT_EQ(Find(u"xxabbbcx", u"**a*c**", 0, 1), Hit(2, 5));
+  EXPECT_EQ(Find(u"xxabbbcx", u"b?c", 0, 1), Hit(4, 3));
+  EXPECT_EQ(Find(u"xxabbbcx", u"c*a", 0, 1), kNone);
+  EXPECT_EQ(Find(u"ab-ab-cd", u"ab*c", 0, 1), Hit(0, 7));  // first piece leftmost
+  EXPECT_EQ(Find(u"aXbXc", u"x*X", 0, 1), Hit(1, 3));
+  EXPECT_EQ(Find(u"aXbXc", u"x*x", 1, 1), kNone);  // case-sensitive pieces
+  EXPECT_EQ(FindIn(u"abcdef", 0, 4, u"b*e", 0, 1), kNone);  // pieces must end before start + count
+  EXPECT_EQ(FindIn(u"abcdef", 0, 5, u"b*e", 0, 1), Hit(1, 4));
   kwtest::AssertionRecorder asserts;
-  EXPECT_EQ(StrFind(u"abc", u"**", 0, 1, 0, nullptr), -1);
-  EXPECT_EQ(asserts.count(), 1u);
-  EXPECT_EQ(StrFind(u"abc", u"b", 0, 0, -1, nullptr), -1);
+  EXPECT_EQ(Find(u"abc", u"**", 0, 1), kNone);  // a star-only pattern is a contract error
+  EXPECT_EQ(Find(u"abc", u"b", 0, 0, -1), kNone);
   EXPECT_EQ(asserts.count(), 2u);
 }
 
@@ -130,28 +135,19 @@ TEST(TextSeekString, BinaryModesKeepTheTableSorted) {
   EXPECT_EQ(t.count, 5);
 }
 
-TEST(TextSeekString, FullTableRefusesInsertion) {
+TEST(TextSeekString, InsertAtTheFrontAndFullTable) {
   kwtest::AssertionRecorder asserts;
-  Table t(2);
-  EXPECT_EQ(t.Seek(u"bbb", 6), 1);
-  EXPECT_EQ(t.Seek(u"aaa", 6), 1);
+  Table t(3);
+  for (const char16_t* key : {u"kkk", u"zzz", u"aaa"}) t.Seek(key, 6);
+  EXPECT_EQ(t.Records(), u"aaa|kkk|zzz");  // the front insertion moved every record
   const std::u16string before = t.cells;
   EXPECT_EQ(t.Seek(u"ccc", 6), 0);
   EXPECT_EQ(t.Seek(u"ccc", 3), 0);
-  EXPECT_EQ(t.count, 2);
+  EXPECT_EQ(t.count, 3);
   EXPECT_EQ(t.cells, before);
   EXPECT_EQ(asserts.count(), 2u);
   EXPECT_EQ(t.Seek(u"ccc", 2), 0);  // unknown mode
   EXPECT_EQ(asserts.count(), 3u);
-}
-
-TEST(TextSeekString, InsertAtTheFrontMovesEveryRecord) {
-  Table t(4);
-  t.Seek(u"kkk", 6);
-  t.Seek(u"mmm", 6);
-  t.Seek(u"zzz", 6);
-  EXPECT_EQ(t.Seek(u"aaa", 6), 1);
-  EXPECT_EQ(t.Records(), u"aaa|kkk|mmm|zzz");
 }
 
 TEST(TextReplace, LeftToRightWithoutRescanning) {
