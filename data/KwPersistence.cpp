@@ -603,7 +603,11 @@ int KwPersistence::SaveData(const std::u16string& section, const StringArray& li
   while (at < end && next < lines.size() && text.Line(at) == lines[next]) ++at, ++next;
   if (at == end && next == lines.size()) return 1;
   text.Erase(lines.empty() ? header : at, end);
-  for (int64_t i = at; next < lines.size(); ++next, ++i) text.Insert(i, OneLine(lines[next]));
+  for (int64_t i = at; next < lines.size(); ++next) {
+    // A line that would open a section of its own cannot be part of this one.
+    if (!lines[next].empty() && lines[next][0] == u'[') continue;
+    text.Insert(i++, OneLine(lines[next]));
+  }
   return text.Write() ? 1 : 0;
 }
 

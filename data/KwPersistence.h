@@ -44,7 +44,8 @@
 // whole, in file order, without the lines the reader ignores (shorter than two characters, comments
 // "!..."); SaveData replaces the section's lines from its header to its last non-blank line by the
 // given lines (the header stays where it is; an empty list removes the section with its header), or
-// adds the section at the end of the file.
+// adds the section at the end of the file. A given line that starts with "[" would open a section and
+// is left out; line ends inside a line or a text value are written as blanks.
 //
 // Lifetime: registering (scope 0) -> bound and loaded (scope 1 or 2) -> saved and released (SaveINI).
 // The registering object owns its variables; it must save or release its sections before they go away.
@@ -199,6 +200,8 @@ class KwPersistence {
   int GetCount() const { return m_Count; }
   const tagPERSIST* GetFirst() const { return m_pFirst; }
   int GetMaxElements() const { return m_MaxElements; }
+  // The section bound last (normalised).
+  const std::u16string& GetLastSection() const { return m_LastSection; }
 
  private:
   int Register(const std::u16string& IDname, int type, void* variable);

@@ -259,8 +259,8 @@ TEST_F(Persistence, WholeSectionsAsLines) {
   EXPECT_EQ(p.SaveData(u"First", {}), 1);
   expected.erase(expected.find("[First]"), expected.find("\n[Edit]") - expected.find("[First]"));
   EXPECT_EQ(ReadBytes(UserIni()), expected) << "an empty list removes the section";
-  EXPECT_EQ(p.SaveData(u"Added", {u"Q=1"}), 1);
-  EXPECT_EQ(ReadBytes(UserIni()), expected + "\n[Added]\nQ=1\n");
+  EXPECT_EQ(p.SaveData(u"Added", {u"Q=1", u"[X]", u"R=a\nb"}), 1);
+  EXPECT_EQ(ReadBytes(UserIni()), expected + "\n[Added]\nQ=1\nR=a b\n") << "each line stays one entry";
 }
 
 TEST_F(Persistence, CollectionIsSplitIntoMembers) {
