@@ -3,9 +3,11 @@
 #include <cmath>
 #include <string>
 
+#include "app/KwWinApp.h"
 #include "app/QueryBox.h"
 #include "base/Assert.h"
 #include "base/Numbers.h"
+#include "data/KwPersistence.h"
 
 namespace kw {
 
@@ -14,6 +16,9 @@ namespace {
 // Deeper nesting than this (of parentheses, functions or unary signs) is refused rather than
 // risking the machine stack; no hand-typed term comes near it.
 constexpr int kMaxNesting = 2000;
+
+// The settings section of every term's angle unit (key "ANGLEUNIT").
+constexpr const char16_t* kTermSection = u"Terms";
 
 struct MessageStyle {
   uint32_t id;
@@ -57,18 +62,32 @@ void MoveToEnd(char16_t* buf, int64_t from, int64_t to, char16_t c) {
 
 }  // namespace
 
-KwTerm::KwTerm() { LoadAngleUnit(); }
+KwTerm::KwTerm() {
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"Term.Constructor");
+  LoadAngleUnit();
+}
 
-KwTerm::~KwTerm() { SaveAngleUnit(); }
+KwTerm::~KwTerm() {
+  if (IsKwWinApp() && GetKwWinApp()->GetTraceMode()) GetKwWinApp()->Trace(u"Term.Destructor");
+  SaveAngleUnit();
+}
 
 void KwTerm::LoadAngleUnit() {
-  // UNFINISHED: read section "Terms", key "ANGLEUNIT" through the application's persistence table
-  // once it exists; until then every term starts in radians.
-  m_AngleUnit = kTermRadians;
+  m_pApp = IsKwWinApp() ? GetKwWinApp() : nullptr;
+  KwPersistence* persist = m_pApp != nullptr ? m_pApp->GetPersist() : nullptr;
+  if (persist == nullptr) return;  // without an application the unit stays radians
+  persist->LoadINI(u"ANGLEUNIT", &m_AngleUnit);
+  persist->LoadINI(KwPersistence::GetSectionScope(kTermSection), kTermSection);
+  // The file is the user's to edit; a unit it does not know is read as radians.
+  if (m_AngleUnit < kTermRadians || m_AngleUnit > kTermGon) m_AngleUnit = kTermRadians;
 }
 
 void KwTerm::SaveAngleUnit() const {
-  // UNFINISHED: written back to section "Terms", key "ANGLEUNIT" with the persistence table.
+  // Only the application whose table bound the unit may save it; a term that outlives its
+  // application (or was made before one existed) saves nothing.
+  if (m_pApp == nullptr || !IsKwWinApp() || GetKwWinApp() != m_pApp) return;
+  KwPersistence* persist = m_pApp->GetPersist();
+  if (persist != nullptr) persist->SaveINI(kTermSection, KwPersistence::GetSectionScope(kTermSection));
 }
 
 void KwTerm::SetAngleUnit(int unit) {

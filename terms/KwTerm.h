@@ -13,6 +13,8 @@
 
 namespace kw {
 
+class KwWinApp;
+
 // Angle units of the trigonometric functions.
 inline constexpr int kTermRadians = 0;
 inline constexpr int kTermDegrees = 1;
@@ -92,12 +94,15 @@ class KwTerm {
 
  private:
   int MakeRPNAt(char16_t* buf, int64_t first, int64_t last, int depth);
-  // The one place where the angle unit is read from the settings (section "Terms", key "ANGLEUNIT")
-  // and written back; both wait for the persistence table.
+  // The one place where the angle unit is read from the settings and written back: bound in the
+  // application's persistence table to section "Terms", key "ANGLEUNIT", when the term is made, and
+  // saved (which releases the section) when it goes away. Terms alive at the same time share the
+  // value of the first (see KwPersistence). Without an application object the unit stays radians.
   void LoadAngleUnit();
   void SaveAngleUnit() const;
 
   int m_AngleUnit = kTermRadians;  // invariant: 0..2
+  KwWinApp* m_pApp = nullptr;      // the application whose persistence table bound m_AngleUnit; not owned
 };
 
 }  // namespace kw
