@@ -271,15 +271,23 @@ uint32_t EncodeUtf8(const char16_t* s, int64_t n, ByteSink& out, unsigned long f
   uint32_t result = kErrorSuccess;
   const bool strict = (flags & kErrInvalidChars) != 0;
   while (i < n) {
-    // ASCII fast path: four units at a time.
+    // ASCII fast path: four units at a time; of the four that end the run, the ASCII ones before
+    // the first other unit are taken at once.
     if (out.d) {
       while (n - i >= 4 && out.cap - out.o >= 4) {
         uint64_t w;
         std::memcpy(&w, s + i, 8);
-        if (w & kNonAscii4) break;
         for (int k = 0; k < 4; ++k) out.d[out.o + k] = static_cast<char>(s[i + k]);
-        i += 4;
-        out.o += 4;
+        if ((w & kNonAscii4) == 0) {
+          i += 4;
+          out.o += 4;
+          continue;
+        }
+        int ascii = 0;
+        while (s[i + ascii] < 0x80) ++ascii;
+        i += ascii;
+        out.o += ascii;
+        break;
       }
       if (i >= n) break;
     }
@@ -287,6 +295,11 @@ uint32_t EncodeUtf8(const char16_t* s, int64_t n, ByteSink& out, unsigned long f
     if (c < 0x80) {
       if (!out.Room(1)) { result = kErrorInsufficientBuffer; break; }
       out.Put(static_cast<unsigned char>(c));
+      ++i;
+    } else if (c < 0x800 && out.d && out.cap - out.o >= 2) {  // Latin letters such as the umlauts
+      out.d[out.o] = static_cast<char>(0xC0 | (c >> 6));
+      out.d[out.o + 1] = static_cast<char>(0x80 | (c & 0x3F));
+      out.o += 2;
       ++i;
     } else if (c < 0x800) {
       if (!out.Room(2)) { result = kErrorInsufficientBuffer; break; }

@@ -254,13 +254,18 @@ TEST(CodePages, FullDestinationStopsAtAWholeCharacter) {
             kErrorInsufficientBuffer);
   EXPECT_EQ(used, 1);
   EXPECT_EQ(written, 1);
+  EXPECT_EQ(EncodeUnits(65001, u"a\u00E4", 2, bytes, 2, 0, nullptr, nullptr, true, &used, &written),
+            kErrorInsufficientBuffer);
+  EXPECT_EQ(used, 1);
+  EXPECT_EQ(written, 1);
   EXPECT_EQ(EncodeUnits(65001, u"a\u20AC", 2, nullptr, 0, 0, nullptr, nullptr, true, &used, &written), 0u);
   EXPECT_EQ(written, 4);  // counting only
 }
 
 TEST(CodePages, FastPathsAgreeWithTheCharacterLoop) {
   // Decoding a text whole (eight bytes at a time where it can, two-byte characters at once) gives what
-  // feeding it byte by byte gives, where every character goes through the general loop.
+  // feeding it byte by byte gives, where every character goes through the general loop; encoding
+  // gives the bytes back.
   std::mt19937 random(3);
   const std::string pieces[] = {"a", "xyzxyzxyz", "\xC3\xA4", "\xC3", "\x80", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
                                 "\xFF", "\r\n", "\xDF", "\xC3\xBF\xC2\xA0"};
@@ -282,6 +287,7 @@ TEST(CodePages, FastPathsAgreeWithTheCharacterLoop) {
         carry.erase(0, static_cast<size_t>(used));
       }
       EXPECT_EQ(Decode(codePage, bytes), fed) << codePage << " round " << round;
+      EXPECT_EQ(Encode(codePage, fed), bytes) << codePage << " round " << round;  // and back, byte for byte
     }
   }
   // Long ASCII runs with non-ASCII at every offset around the 8-byte blocks.
