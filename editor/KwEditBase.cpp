@@ -73,7 +73,8 @@ tagTEXTDESC* KwEditBase::NewElement(int64_t length) {
   KW_ASSERT(length >= 0);
   if (length < 0) return nullptr;
   // The length rounded up to the next multiple of 256 above it, at least the chunk size.
-  const int64_t capacity = std::max(((length >> 8) + 1) << 8, std::max<int64_t>(m_ChunkUnits, kChunkStep));
+  const int64_t least = (m_ChunkUnits + kChunkStep - 1) / kChunkStep * kChunkStep;
+  const int64_t capacity = std::max(((length >> 8) + 1) << 8, least);
   if (capacity > UINT32_MAX) return nullptr;
   auto* chunk = new (std::nothrow) tagTEXTDESC;
   if (chunk == nullptr) return nullptr;
@@ -313,14 +314,20 @@ const KwEditBase::LinePos* KwEditBase::StartOfLine(Line line, int mode) {
       cs += c->used;
       c = c->next;
     }
-    int64_t from = 0;
-    int64_t k = line - cl;
-    if (c == m_Cache.chunk && m_Cache.line < line) {  // scan on from the cached line start
-      from = m_Cache.offset;
-      k = line - m_Cache.line;
-    }
-    const int64_t at = from + scan::FindNth(c->text + from, c->used - from, m_EOLText[0], k);
-    KW_ASSERT(at < c->used);
+    // In the chunk, scan from the nearest known point: on from the cached line start, back from it,
+    // or from whichever end of the chunk is nearer.
+    const int64_t k = line - cl;  // the line's end-of-line character number k of this chunk ends line - 1
+    const char16_t eol = m_EOLText[0];
+    int64_t at;
+    if (c == m_Cache.chunk && m_Cache.line < line)
+      at = m_Cache.offset + scan::FindNth(c->text + m_Cache.offset, c->used - m_Cache.offset, eol, line - m_Cache.line);
+    else if (c == m_Cache.chunk)
+      at = scan::FindNthBack(c->text, m_Cache.offset, eol, m_Cache.line - line + 1);
+    else if (k > c->eols / 2)
+      at = scan::FindNthBack(c->text, c->used, eol, c->eols - k + 1);
+    else
+      at = scan::FindNth(c->text, c->used, eol, k);
+    KW_ASSERT(at >= 0 && at < c->used);
     int64_t off = at + 1;
     if (m_EOLText[0] == kCR) {
       if (off < c->used) {
@@ -389,9 +396,14 @@ Line KwEditBase::LineFromIndex(Index index, int64_t* column) {
         ks -= w->used;
       }
     }
+    // Count within the chunk from the nearest known point: the cached line start, or either chunk end.
     const int64_t off = index - cs;
     if (c == k.chunk && off >= k.offset)
       line = k.line + CountEOLs(c->text + k.offset, off - k.offset);
+    else if (c == k.chunk && k.offset - off < off)
+      line = k.line - CountEOLs(c->text + off, k.offset - off);
+    else if (c->used - off < off)
+      line = cl + c->eols - CountEOLs(c->text + off, c->used - off);
     else
       line = cl + CountEOLs(c->text, off);
     // The LF of a CR LF pair belongs to the line that the pair ends.
@@ -577,7 +589,31 @@ void KwEditBase::ReplaceText(Index start, int64_t removed, const char16_t* text,
   const Line moveFrom = StartOfLine(startLine)->index == start ? startLine : startLine + 1;
   const Line linesBefore = m_LinesInDoc;
   int64_t removedEOLs = 0;
+  int64_t insertedEOLs = 0;
+  const int64_t givenLength = length;
   bool cacheGone = false;
+  if (removed == length) {
+    // As many units in as out: overwrite in place, nothing shifts.
+    Index cs;
+    tagTEXTDESC* c = SeekElement(start, &cs, nullptr);
+    int64_t off = start - cs;
+    for (int64_t done = 0; c && done < length; c = c->next, off = 0) {
+      const int64_t n = std::min<int64_t>(length - done, static_cast<int64_t>(c->used) - off);
+      if (n <= 0) continue;
+      char16_t* p = c->text + off;
+      const int64_t before = CountEOLs(p, n);
+      if (text)
+        std::memcpy(p, text + done, static_cast<size_t>(n) * sizeof(char16_t));
+      else
+        std::fill(p, p + n, u' ');
+      const int64_t after = CountEOLs(p, n);
+      c->eols += after - before;
+      removedEOLs += before;
+      insertedEOLs += after;
+      done += n;
+    }
+    removed = length = 0;  // nothing left for the shifting paths below
+  }
   if (removed > 0) {
     Index cs;
     // Count the end-of-line characters of the removed range chunk by chunk, then remove it.
@@ -593,7 +629,6 @@ void KwEditBase::ReplaceText(Index start, int64_t removed, const char16_t* text,
     }
     DeleteUnits(start, removed, &cacheGone);
   }
-  int64_t insertedEOLs = 0;
   if (length > 0) {
     // An allocation failure may keep only part of the text.
     length = InsertUnits(start, text, length, &insertedEOLs);
@@ -642,7 +677,7 @@ void KwEditBase::ReplaceText(Index start, int64_t removed, const char16_t* text,
   }
   if (m_SyntaxColoring && static_cast<int64_t>(m_SyntaxFlags.size()) < m_LinesInDoc + 1)
     m_SyntaxFlags.resize(static_cast<size_t>(m_LinesInDoc + 1001), 0);
-  const bool ffInText = text != nullptr && scan::Count(text, length, kFormFeed) > 0;
+  const bool ffInText = text != nullptr && scan::Count(text, givenLength, kFormFeed) > 0;
   // One line more: an edit at the LF of a CR LF pair changes the line behind it.
   if (hadFF || ffInText) RecheckFFs(startLine, startLine + insertedEOLs + 1);
   // The edited and inserted lines may be longer than the longest known.

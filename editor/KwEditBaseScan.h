@@ -50,4 +50,19 @@ inline int64_t FindNth(const char16_t* p, int64_t n, char16_t c, int64_t k) {
   return n;
 }
 
+// Offset of the k-th (from 1) unit equal to `c` counted backward from p[n - 1], or -1 when there are
+// fewer.
+inline int64_t FindNthBack(const char16_t* p, int64_t n, char16_t c, int64_t k) {
+  int64_t i = n;
+  for (; i - kBlock >= 0; i -= kBlock) {
+    unsigned m = 0;
+    for (int j = 0; j < kBlock; ++j) m += p[i - kBlock + j] == c;
+    if (static_cast<int64_t>(m) >= k) break;
+    k -= m;
+  }
+  while (i > 0)
+    if (p[--i] == c && --k == 0) return i;
+  return -1;
+}
+
 }  // namespace kw::scan

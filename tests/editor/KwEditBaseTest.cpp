@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -122,6 +123,34 @@ TEST_F(EditBaseTest, LineLookupMatchesModelInEveryOrderAndChunkSize) {
         }
       }
     }
+  }
+}
+
+// Big chunks: lookups jump between chunks by their counts and scan inside them forward and backward in
+// blocks; every answer must agree with the model, in random order.
+TEST_F(EditBaseTest, LookupsInLargeChunksAgreeWithTheModel) {
+  std::mt19937 rng(7);
+  std::u16string text;
+  for (int i = 0; i < 20000; ++i) {
+    text.append(rng() % 90, static_cast<char16_t>(u'a' + i % 26));
+    text.append(rng() % 7 == 0 ? u"\r" : u"\r\n");
+  }
+  text.append(u"tail");
+  for (const int64_t units : {int64_t(1000), KwEditBase::kChunkUnits}) {
+    KwEditBase doc;
+    Fill(doc, text, units);
+    const auto model = ModelLines(text, 13);
+    ASSERT_EQ(doc.GetLinesInDoc() + 1, static_cast<int64_t>(model.size()));
+    for (int i = 0; i < 3000; ++i) {
+      const auto l = static_cast<Line>(rng() % model.size());
+      ASSERT_EQ(doc.LineStart(l), model[static_cast<size_t>(l)].start) << l;
+      ASSERT_EQ(doc.LineLength(l, 1), model[static_cast<size_t>(l)].withEOL) << l;
+      const auto index = static_cast<int64_t>(rng() % (text.size() + 1));
+      auto it = std::upper_bound(model.begin(), model.end(), index,
+                                 [](int64_t v, const ModelLine& m) { return v < m.start; });
+      ASSERT_EQ(doc.LineFromIndex(index, nullptr), (it - model.begin()) - 1) << index;
+    }
+    EXPECT_EQ(doc.Check(), 1);
   }
 }
 
