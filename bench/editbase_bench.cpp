@@ -69,7 +69,6 @@ void BM_RandomLineStart(benchmark::State& state) {
   std::mt19937_64 rng(42);
   const auto lines = static_cast<uint64_t>(doc.GetLinesInDoc() + 1);
   for (auto _ : state) benchmark::DoNotOptimize(doc.LineStart(static_cast<int64_t>(rng() % lines)));
-  state.counters["lines"] = static_cast<double>(lines);
 }
 BENCHMARK(BM_RandomLineStart)->Unit(benchmark::kMicrosecond);
 
