@@ -42,28 +42,29 @@ bool ReadCollationNumber(std::u16string_view cell, double& value) {
   return error == kNumberOk || error == kNumberEmpty;
 }
 
-// The first four primary characters of the collation (underscore as blank, umlauts and sharp s
-// expanded), upper-cased, packed high-first; unused slots are 0.
+// Calls put(c) with each primary character of the collation, upper-cased: the underscore reads as
+// a blank, umlauts and the sharp s expand to two letters.
+template <class Put>
+void ForEachPrimary(std::u16string_view cell, Put&& put) {
+  for (const char16_t c : cell) {
+    switch (c) {
+      case u'_': put(u' '); break;
+      case u'\u00C4': case u'\u00E4': put(u'A'); put(u'E'); break;
+      case u'\u00D6': case u'\u00F6': put(u'O'); put(u'E'); break;
+      case u'\u00DC': case u'\u00FC': put(u'U'); put(u'E'); break;
+      case u'\u00DF': put(u'S'); put(u'Z'); break;
+      default: put(ToUpper(c)); break;
+    }
+  }
+}
+
+// The first four primary characters, packed high-first; unused slots are 0.
 uint64_t PrimaryPrefix(std::u16string_view cell) {
   uint64_t prefix = 0;
   int slots = 0;
-  auto put = [&](char16_t c) {
-    if (slots < 4) prefix |= static_cast<uint64_t>(ToUpper(c)) << (16 * (3 - slots++));
-  };
-  for (size_t i = 0; i < cell.size() && slots < 4; ++i) {
-    const char16_t c = cell[i];
-    switch (c) {
-      case u'_': put(u' '); break;
-      case u'\u00C4': put(u'A'); put(u'E'); break;
-      case u'\u00D6': put(u'O'); put(u'E'); break;
-      case u'\u00DC': put(u'U'); put(u'E'); break;
-      case u'\u00E4': put(u'a'); put(u'e'); break;
-      case u'\u00F6': put(u'o'); put(u'e'); break;
-      case u'\u00FC': put(u'u'); put(u'e'); break;
-      case u'\u00DF': put(u's'); put(u'z'); break;
-      default: put(c); break;
-    }
-  }
+  ForEachPrimary(cell.substr(0, 4), [&](char16_t c) {
+    if (slots < 4) prefix |= static_cast<uint64_t>(c) << (16 * (3 - slots++));
+  });
   return prefix;
 }
 
@@ -76,9 +77,8 @@ int CollateCells(std::u16string_view a, std::u16string_view b, int caseSensitive
 // The same from prepared keys. Numbers first (by value, ties by text); between two texts the
 // first differing primary slot of the prefixes decides when both slots hold a character, since the
 // collation returns at the first primary difference; otherwise the whole collation runs.
-int CollatePrepared(const tagLISTROW& ra, const tagLISTROW& rb, int caseSensitive) {
-  const tagLISTSORTKEY& a = ra.sort;
-  const tagLISTSORTKEY& b = rb.sort;
+int CollatePrepared(const tagLISTSORTKEY& a, const tagLISTROW& ra, const tagLISTSORTKEY& b, const tagLISTROW& rb,
+                    int caseSensitive) {
   const std::u16string_view ca(ra.text.data() + a.cellStart, a.cellLength);
   const std::u16string_view cb(rb.text.data() + b.cellStart, b.cellLength);
   if (a.state == tagLISTSORTKEY::kNumber || b.state == tagLISTSORTKEY::kNumber) {
@@ -207,32 +207,26 @@ void ListPrepareSortKey(tagLISTROW& row, int key, char16_t separator) {
   }
 }
 
-int ListCompareItems(uintptr_t item1, uintptr_t item2, uintptr_t context) {
-  const auto* sort = reinterpret_cast<const tagLISTSORT*>(context);
-  const auto* a = reinterpret_cast<const tagLISTROW*>(item1);
-  const auto* b = reinterpret_cast<const tagLISTROW*>(item2);
-  if (sort == nullptr || a == nullptr || b == nullptr) return 0;
-  if (!sort->cached) return ListCompareRows(*a, *b, sort->key, sort->separator);
-  const int column = SortColumnOf(sort->key);
+int ListComparePrepared(const tagLISTSORTKEY& ka, const tagLISTROW& a, const tagLISTSORTKEY& kb,
+                        const tagLISTROW& b, int key) {
+  const int column = SortColumnOf(key);
   if (column < 0 || column >= kListMaxColumns) {
     KW_ASSERT_AT("ListCore", 607, column >= 0 && column < kListMaxColumns);
     return 0;
   }
-  const tagLISTSORTKEY& ka = a->sort;
-  const tagLISTSORTKEY& kb = b->sort;
   if (ka.state == tagLISTSORTKEY::kNoCell || kb.state == tagLISTSORTKEY::kNoCell) return 0;
   const bool ea = ka.state == tagLISTSORTKEY::kEmpty, eb = kb.state == tagLISTSORTKEY::kEmpty;
-  if (ea || eb) return Direct(ea == eb ? 0 : ea ? -1 : 1, sort->key, column);
+  if (ea || eb) return Direct(ea == eb ? 0 : ea ? -1 : 1, key, column);
   const KwListSortTables& tables = GetListSortTables();
   int result = 0;
   switch (tables.modus[column]) {
     case kListSortText:
     case kListSortTextCase:
       if (tables.compare[column] != nullptr)
-        result = Sign(tables.compare[column](a->text.substr(ka.cellStart, ka.cellLength),
-                                             b->text.substr(kb.cellStart, kb.cellLength)));
+        result = Sign(tables.compare[column](a.text.substr(ka.cellStart, ka.cellLength),
+                                             b.text.substr(kb.cellStart, kb.cellLength)));
       else
-        result = CollatePrepared(*a, *b, tables.modus[column] == kListSortTextCase ? 1 : 0);
+        result = CollatePrepared(ka, a, kb, b, tables.modus[column] == kListSortTextCase ? 1 : 0);
       break;
     case kListSortNumber:
     case kListSortTime:
@@ -241,7 +235,16 @@ int ListCompareItems(uintptr_t item1, uintptr_t item2, uintptr_t context) {
     default:
       break;
   }
-  return Direct(result, sort->key, column);
+  return Direct(result, key, column);
+}
+
+int ListCompareItems(uintptr_t item1, uintptr_t item2, uintptr_t context) {
+  const auto* sort = reinterpret_cast<const tagLISTSORT*>(context);
+  const auto* a = reinterpret_cast<const tagLISTROW*>(item1);
+  const auto* b = reinterpret_cast<const tagLISTROW*>(item2);
+  if (sort == nullptr || a == nullptr || b == nullptr) return 0;
+  if (!sort->cached) return ListCompareRows(*a, *b, sort->key, sort->separator);
+  return ListComparePrepared(a->sort, *a, b->sort, *b, sort->key);
 }
 
 // ---- KwListEngine ---------------------------------------------------------------------------
@@ -374,19 +377,11 @@ int KwListEngine::InsertItem(int index, const std::u16string& text, uint64_t key
   row->key = key;
   row->flags = enabled ? (flags | kListRowEnabled) : (flags & ~kListRowEnabled);
   row->value = value;
-  row->text.reserve(text.size());
-  // Each cell passes CheckItemText; the separators between them stay.
-  size_t start = 0;
-  for (;;) {
-    const size_t end = text.find(m_Separator, start);
-    const std::u16string cell = text.substr(start, end == std::u16string::npos ? std::u16string::npos : end - start);
-    bool plain = true;
-    for (char16_t c : cell) plain = plain && c != u'\r' && c != u'\n';
-    row->text += plain ? cell : CheckItemText(cell);
-    if (end == std::u16string::npos) break;
-    row->text += m_Separator;
-    start = end + 1;
-  }
+  // Each cell passes CheckItemText; split at the separator a cell holds none, so only its line ends
+  // change, and the whole text can be checked at once.
+  row->text = text;
+  for (char16_t& c : row->text)
+    if (c == u'\r' || c == u'\n') c = u' ';
   const int count = GetItemCount();
   if (index < 0 || index > count) index = count;
   const int at = m_Ctrl.InsertItem(index, reinterpret_cast<uintptr_t>(row.get()));
@@ -418,6 +413,11 @@ std::u16string KwListEngine::GetItemText(int row, int column) const {
   const tagLISTROW* r = Row(row);
   if (r == nullptr) return {};
   return std::u16string(ListCell(r->text, column, m_Separator).value_or(std::u16string_view()));
+}
+
+std::u16string_view KwListEngine::GetRowView(int row) const {
+  const tagLISTROW* r = Row(row);
+  return r != nullptr ? std::u16string_view(r->text) : std::u16string_view();
 }
 
 std::u16string KwListEngine::GetRowText(int row) const {
@@ -624,13 +624,98 @@ void KwListEngine::DoSort(int key) {
   KwListSortTables& tables = GetListSortTables();
   std::copy(std::begin(m_SortModus), std::end(m_SortModus), std::begin(tables.modus));
   std::copy(std::begin(m_SortOrder), std::end(m_SortOrder), std::begin(tables.order));
-  tagLISTSORT sort;
-  sort.key = key;
-  sort.separator = m_Separator;
-  sort.cached = true;
   const int count = GetItemCount();
-  for (int i = 0; i < count; ++i) ListPrepareSortKey(*Row(i), key, m_Separator);
-  m_Ctrl.SortItems(&ListCompareItems, reinterpret_cast<uintptr_t>(&sort));
+  const int column = SortColumnOf(key);
+  // Texts in the collation also get their whole primary stream, upper-cased, in one buffer: the
+  // first position where two streams differ decides, as in the collation; only texts whose streams
+  // are equal, or one a start of the other, go to the collation itself.
+  const bool textKeys = column >= 0 && column < kListMaxColumns &&
+                        (tables.modus[column] == kListSortText || tables.modus[column] == kListSortTextCase) &&
+                        tables.compare[column] == nullptr;
+  const int caseSensitive = textKeys && tables.modus[column] == kListSortTextCase ? 1 : 0;
+  const bool numberKeys = column >= 0 && column < kListMaxColumns &&
+                          (tables.modus[column] == kListSortNumber || tables.modus[column] == kListSortTime);
+  const int flip = (key < 0 ? -1 : 1) * (column >= 0 && column < kListMaxColumns && tables.order[column] != 1 ? -1 : 1);
+  // The prepared keys side by side in one small array, so that most comparisons touch no row; the
+  // control then takes the new order. Equal rows keep their order, as the control's sort does.
+  struct Entry {
+    uint64_t prefix;
+    double number;
+    uint32_t primaryStart, primaryLength;  // in `primaries`
+    int index;
+    uint8_t state;
+  };
+  std::vector<Entry> entries(static_cast<size_t>(count));
+  std::vector<const tagLISTROW*> rows(static_cast<size_t>(count));
+  std::vector<char16_t> primaries;
+  for (int i = 0; i < count; ++i) {
+    tagLISTROW* row = Row(i);
+    ListPrepareSortKey(*row, key, m_Separator);
+    const tagLISTSORTKEY& k = row->sort;
+    rows[static_cast<size_t>(i)] = row;
+    Entry& e = entries[static_cast<size_t>(i)];
+    e = Entry{k.prefix, k.number, 0, 0, i, k.state};
+    if (textKeys && k.state == tagLISTSORTKEY::kText) {
+      e.primaryStart = static_cast<uint32_t>(primaries.size());
+      ForEachPrimary(std::u16string_view(row->text).substr(k.cellStart, k.cellLength),
+                     [&](char16_t c) { primaries.push_back(c); });
+      e.primaryLength = static_cast<uint32_t>(primaries.size()) - e.primaryStart;
+    }
+  }
+  const char16_t* const primary = primaries.data();
+  // The collation of two text cells from their entries (the rows only when the entries tie).
+  auto collate = [&](const Entry& a, const Entry& b) {
+    if (a.state == tagLISTSORTKEY::kNumber || b.state == tagLISTSORTKEY::kNumber) {
+      if (a.state != b.state) return a.state == tagLISTSORTKEY::kNumber ? -1 : 1;
+      if (a.number < b.number - kCollationTolerance) return -1;
+      if (a.number > b.number + kCollationTolerance) return 1;
+    } else {
+      const uint32_t n = std::min(a.primaryLength, b.primaryLength);
+      uint32_t i = 0;
+      if (a.prefix != b.prefix) {
+        i = static_cast<uint32_t>(std::countl_zero(a.prefix ^ b.prefix) / 16);
+      } else {
+        i = std::min(n, 4u);
+        const char16_t* pa = primary + a.primaryStart;
+        const char16_t* pb = primary + b.primaryStart;
+        while (i < n && pa[i] == pb[i]) ++i;
+      }
+      if (i < n) return primary[a.primaryStart + i] < primary[b.primaryStart + i] ? -1 : 1;
+    }
+    const tagLISTROW& ra = *rows[static_cast<size_t>(a.index)];
+    const tagLISTROW& rb = *rows[static_cast<size_t>(b.index)];
+    return StrCompare(ra.text.data() + ra.sort.cellStart, ra.sort.cellLength, rb.text.data() + rb.sort.cellStart,
+                      rb.sort.cellLength, caseSensitive, 0, 0);
+  };
+  std::stable_sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
+    if (a.state == tagLISTSORTKEY::kNoCell || b.state == tagLISTSORTKEY::kNoCell) return false;
+    const bool ea = a.state == tagLISTSORTKEY::kEmpty, eb = b.state == tagLISTSORTKEY::kEmpty;
+    int result;
+    if (ea || eb) {
+      result = ea == eb ? 0 : ea ? -1 : 1;
+    } else if (numberKeys) {
+      result = CompareValues(a.number, b.number);
+    } else if (textKeys) {
+      result = collate(a, b);
+    } else {
+      const tagLISTROW& ra = *rows[static_cast<size_t>(a.index)];
+      const tagLISTROW& rb = *rows[static_cast<size_t>(b.index)];
+      return ListComparePrepared(ra.sort, ra, rb.sort, rb, key) < 0;
+    }
+    return result * flip < 0;
+  });
+  primaries = {};
+  rows = {};
+  std::vector<int> order(static_cast<size_t>(count));
+  for (int k = 0; k < count; ++k) order[static_cast<size_t>(k)] = entries[static_cast<size_t>(k)].index;
+  entries = {};
+  if (!m_Ctrl.SetItemOrder(order)) {
+    tagLISTSORT sort;
+    sort.key = key;
+    sort.separator = m_Separator;
+    sort.cached = true;
+    m_Ctrl.SortItems(&ListCompareItems, reinterpret_cast<uintptr_t>(&sort));
+  }
   m_ColToSort = key;
   const int focus = m_Ctrl.GetFocusedItem();
   if (focus >= 0) m_Ctrl.EnsureVisible(focus);

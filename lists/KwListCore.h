@@ -89,6 +89,10 @@ struct tagLISTSORT {
 
 // The item compare callback; `context` is a tagLISTSORT*.
 int ListCompareItems(uintptr_t item1, uintptr_t item2, uintptr_t context);
+// The comparison of two rows by their prepared keys for a sort by `key` (the rows give the cell
+// texts when the keys do not decide).
+int ListComparePrepared(const tagLISTSORTKEY& ka, const tagLISTROW& a, const tagLISTSORTKEY& kb,
+                        const tagLISTROW& b, int key);
 // The comparison of two rows straight from their texts (what the callback does without the prepared
 // keys): the reference the prepared comparison must agree with.
 int ListCompareRows(const tagLISTROW& a, const tagLISTROW& b, int key, char16_t separator);
@@ -143,6 +147,8 @@ class KwListEngine {
   int SetItemText(int row, int column, const std::u16string& text);
   std::u16string GetItemText(int row, int column) const;
   std::u16string GetRowText(int row) const;  // the whole row text
+  // The same without a copy; valid until the row changes or goes.
+  std::u16string_view GetRowView(int row) const;
   uint64_t GetKey(int row) const;
   int SetKey(int row, uint64_t key);
   uint32_t GetFlags(int row) const;

@@ -64,6 +64,26 @@ bool HeadlessListControl::SortItems(ListCompareFunc compare, uintptr_t context) 
   return true;
 }
 
+bool HeadlessListControl::SetItemOrder(const std::vector<int>& order) {
+  if (order.size() != items_.size()) return false;
+  std::vector<uintptr_t> items(items_.size());
+  std::vector<uint8_t> selected(items_.size());
+  std::vector<uint8_t> seen(items_.size(), 0);
+  int focus = -1;
+  for (size_t k = 0; k < order.size(); ++k) {
+    const int from = order[k];
+    if (!Valid(from) || seen[static_cast<size_t>(from)]) return false;  // not a permutation
+    seen[static_cast<size_t>(from)] = 1;
+    items[k] = items_[static_cast<size_t>(from)];
+    selected[k] = selected_[static_cast<size_t>(from)];
+    if (from == focus_) focus = static_cast<int>(k);
+  }
+  items_.swap(items);
+  selected_.swap(selected);
+  focus_ = focus;
+  return true;
+}
+
 void HeadlessListControl::RedrawItems(int, int) { ++redraws_; }
 
 int HeadlessListControl::GetCountPerPage() const { return std::max(1, client_.Height() / kItemHeight); }

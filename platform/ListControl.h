@@ -37,6 +37,10 @@ class ListControl {
   virtual bool SetItemData(int index, uintptr_t data) = 0;
   // Reorders all items by `compare`; items that compare equal keep their order.
   virtual bool SortItems(ListCompareFunc compare, uintptr_t context) = 0;
+  // Puts the items in a new order: order[k] is the present index of the item that goes to place k
+  // (a permutation of 0..count-1). Selection and focus travel with their items. A control that
+  // cannot do this returns false and is sorted through SortItems instead.
+  virtual bool SetItemOrder(const std::vector<int>& order) = 0;
   // The item's text changed: the control shows it anew.
   virtual void RedrawItems(int first, int last) = 0;
 
@@ -79,6 +83,7 @@ class HeadlessListControl : public ListControl {
   uintptr_t GetItemData(int index) const override;
   bool SetItemData(int index, uintptr_t data) override;
   bool SortItems(ListCompareFunc compare, uintptr_t context) override;
+  bool SetItemOrder(const std::vector<int>& order) override;
   void RedrawItems(int first, int last) override;
 
   bool EnsureVisible(int index) override;

@@ -22,7 +22,7 @@ namespace kwtool {
 namespace {
 
 constexpr int kCharWidth = 8;        // pixels per character of the report
-constexpr const char* kGap = "  ";   // between two columns of the report
+constexpr const char16_t* kGap = u"  ";   // between two columns of the report
 
 struct ListOptions {
   char16_t separator = 0;  // 0: guessed from the first line
@@ -51,33 +51,33 @@ bool SplitAssignment(const std::string& text, std::string& column, std::string& 
   return true;
 }
 
-size_t Width(const std::u16string& s) {
+size_t Width(std::u16string_view s) {
   size_t n = 0;
   for (const char16_t c : s) n += (c < 0xDC00 || c > 0xDFFF) ? 1 : 0;  // a surrogate pair is one
   return n;
 }
 
-// The cell fitted to `width` characters: cut when longer, padded on the aligned side.
-std::u16string Fit(const std::u16string& cell, size_t width, int align, bool last) {
-  std::u16string text = cell;
-  while (Width(text) > width) text.pop_back();
-  const size_t pad = width - Width(text);
-  if (align == kw::kListAlignRight) return std::u16string(pad, u' ') + text;
-  if (align == kw::kListAlignCenter) return std::u16string(pad / 2, u' ') + text + std::u16string(pad - pad / 2, u' ');
-  if (!last) text += std::u16string(pad, u' ');
-  return text;
+// Appends the cell fitted to `width` characters: cut when longer, padded on the aligned side (the
+// last column is not padded on the right).
+void AppendFitted(std::u16string& out, std::u16string_view cell, size_t width, int align, bool last) {
+  while (Width(cell) > width) cell.remove_suffix(1);
+  const size_t pad = width - Width(cell);
+  const size_t before = align == kw::kListAlignRight ? pad : align == kw::kListAlignCenter ? pad / 2 : 0;
+  out.append(before, u' ');
+  out += cell;
+  if (!last) out.append(pad - before, u' ');
 }
 
-std::string Line(const std::vector<std::u16string>& cells, const std::vector<size_t>& widths,
-                 const kw::KwListCtrl& list) {
-  std::u16string line;
+// Appends one report line: the cells in their columns, blanks at the end removed.
+template <class Cells>
+void AppendLine(std::u16string& out, const Cells& cells, const std::vector<size_t>& widths, const std::vector<int>& align) {
   for (size_t c = 0; c < widths.size(); ++c) {
-    if (c > 0) line += kw::FromUtf8(kGap);
-    line += Fit(c < cells.size() ? cells[c] : std::u16string(), widths[c], list.GetTextAlign(static_cast<int>(c)),
-                c + 1 == widths.size());
+    if (c > 0) out += kGap;
+    AppendFitted(out, c < cells.size() ? std::u16string_view(cells[c]) : std::u16string_view(), widths[c], align[c],
+                 c + 1 == widths.size());
   }
-  line.erase(line.find_last_not_of(u' ') + 1);
-  return kw::ToUtf8(line) + "\n";
+  out.erase(out.find_last_not_of(u' ') + 1);
+  out += u'\n';
 }
 
 int RunList(const std::vector<std::string>& argv) {
@@ -103,50 +103,50 @@ int RunList(const std::vector<std::string>& argv) {
   if (hasEncoding && (options.encoding = ParseEncoding(encoding)) < 0)
     return Fail("list: unknown encoding '" + encoding + "' (ansi, utf-8, utf-16le, utf-16be, dos)", 2);
 
-  // The lines of the file; blank lines carry no row.
+  // The rows go into the list as they are read; blank lines carry no row. The columns follow
+  // from the widest row, their widths from the longest cell, as a window sizes them to content.
   kw::KwFile in;
   if (!in.Open(kw::FromUtf8(files[0]), kw::KwFile::kRead, 13, 26, options.encoding))
     return Fail("list: cannot open " + files[0]);
-  std::vector<std::u16string> lines;
-  for (std::u16string line; in.ReadLine(line);)
-    if (line.find_first_not_of(u" \t") != std::u16string::npos) lines.push_back(line);
-  in.Close();
-  if (options.separator == 0)
-    options.separator = lines.empty() ? u'\t' : kw::StrDelimOf(lines[0], u"\t;|,", u'"');
-  if (options.separator == 0) options.separator = u'\t';
-
   kw::KwListCtrl list;
-  list.SetSeparator(options.separator);
+  list.GetHeadless()->SetClientRect({0, 0, 0, 1 << 30});  // every row on one page: no scroll bar
   std::vector<std::u16string> headings;
-  if (options.header && !lines.empty()) {
-    for (int c = 0;; ++c) {
-      const auto cell = kw::ListCell(lines[0], c, options.separator);
-      if (!cell) break;
-      headings.emplace_back(*cell);
+  std::vector<size_t> chars;
+  bool first = true;
+  uint64_t lineNumber = 0;
+  for (std::u16string line; in.ReadLine(line);) {
+    ++lineNumber;
+    if (line.find_first_not_of(u" \t") == std::u16string::npos) continue;
+    if (first) {
+      if (options.separator == 0) options.separator = kw::StrDelimOf(line, u"\t;|,", u'"');
+      if (options.separator == 0) options.separator = u'\t';
+      list.SetSeparator(options.separator);
     }
-    lines.erase(lines.begin());
+    size_t c = 0;
+    for (size_t start = 0;; ++c) {
+      const size_t end = line.find(options.separator, start);
+      const size_t width = Width(std::u16string_view(line).substr(start, end == std::u16string::npos ? end : end - start));
+      if (c >= chars.size()) chars.push_back(1);
+      chars[c] = std::max(chars[c], width);
+      if (first && options.header) headings.push_back(line.substr(start, end == std::u16string::npos ? end : end - start));
+      if (end == std::u16string::npos) break;
+      start = end + 1;
+    }
+    if (chars.size() > static_cast<size_t>(kw::kListMaxColumns))
+      return Fail("list: line " + std::to_string(lineNumber) + " has " + std::to_string(chars.size()) +
+                  " columns; a list has at most " + std::to_string(kw::kListMaxColumns));
+    if (!(first && options.header)) list.InsertItem(-1, line, lineNumber);
+    first = false;
   }
-  int columns = static_cast<int>(headings.size());
-  for (const auto& line : lines)
-    columns = std::max(columns, static_cast<int>(kw::StrCountOf(line, options.separator, 0)) + 1);
-  if (columns > kw::kListMaxColumns)
-    return Fail("list: " + std::to_string(columns) + " columns; a list has at most " +
-                std::to_string(kw::kListMaxColumns));
-  headings.resize(static_cast<size_t>(columns));
-
-  // Column widths from the longest cell, as a window would size them to their content.
-  std::vector<size_t> chars(static_cast<size_t>(columns), 1);
-  for (int c = 0; c < columns; ++c) chars[c] = std::max(chars[c], Width(headings[c]));
-  for (const auto& line : lines)
-    for (int c = 0; c < columns; ++c)
-      if (const auto cell = kw::ListCell(line, c, options.separator)) chars[c] = std::max(chars[c], cell->size());
+  in.Close();
+  const int columns = static_cast<int>(chars.size());
+  headings.resize(chars.size());
   int total = 0;
   for (int c = 0; c < columns; ++c) {
     list.InsertColumn(c, headings[c], static_cast<int>(chars[c]) * kCharWidth);
     total += static_cast<int>(chars[c]) * kCharWidth;
   }
-  list.GetHeadless()->SetClientRect({0, 0, total, 1 << 30});  // every row on one page: no scroll bar
-  for (size_t i = 0; i < lines.size(); ++i) list.InsertItem(-1, lines[i], i);
+  list.GetHeadless()->SetClientRect({0, 0, total, 1 << 30});
 
   for (const auto& type : types) {
     std::string column, kind;
@@ -207,21 +207,44 @@ int RunList(const std::vector<std::string>& argv) {
   for (int c = 0; c < columns; ++c)
     widths[c] = static_cast<size_t>(std::max(0, list.Control().GetColumnWidth(c)) / kCharWidth);
 
-  std::string out;
+  std::vector<int> align(static_cast<size_t>(columns));
+  for (int c = 0; c < columns; ++c) align[static_cast<size_t>(c)] = list.GetTextAlign(c);
+  // Lines gather in one block, converted to UTF-8 and written about a megabyte at a time.
+  std::u16string block;
+  static char bytes[1 << 16];
+  const unsigned utf8 = static_cast<unsigned>(kw::GetCodePageID(1));
+  auto flush = [&]() {
+    std::u16string_view text(block);
+    bool written = true;
+    while (written && !text.empty()) {
+      int64_t used = 0, made = 0;
+      const uint32_t rc = kw::EncodeUnits(utf8, text.data(), static_cast<int64_t>(text.size()), bytes, sizeof bytes, 0,
+                                          nullptr, nullptr, true, &used, &made);
+      written = (rc == 0 || rc == kw::kErrorInsufficientBuffer) && used > 0 &&
+                std::fwrite(bytes, 1, static_cast<size_t>(made), stdout) == static_cast<size_t>(made);
+      text.remove_prefix(static_cast<size_t>(used));
+    }
+    block.clear();
+    return written;
+  };
+  bool ok = true;
   if (options.header) {
-    out += Line(headings, widths, list);
+    AppendLine(block, headings, widths, align);
     std::vector<std::u16string> rule;
     for (const size_t w : widths) rule.emplace_back(w, u'-');
-    out += Line(rule, widths, list);
+    AppendLine(block, rule, widths, align);
   }
+  std::vector<std::u16string_view> cells(static_cast<size_t>(columns));
   for (int i = 0; i < list.GetItemCount(); ++i) {
     if (!shown[static_cast<size_t>(i)]) continue;
-    std::vector<std::u16string> cells;
-    for (int c = 0; c < columns; ++c) cells.push_back(list.GetItemText(i, c));
-    out += Line(cells, widths, list);
+    const std::u16string_view row = list.GetRowView(i);
+    for (int c = 0; c < columns; ++c)
+      cells[static_cast<size_t>(c)] = kw::ListCell(row, c, options.separator).value_or(std::u16string_view());
+    AppendLine(block, cells, widths, align);
+    if (block.size() >= (1u << 19)) ok = flush() && ok;
   }
-  if (std::fwrite(out.data(), 1, out.size(), stdout) != out.size() || std::fflush(stdout) != 0)
-    return Fail("cannot write to standard output");
+  ok = flush() && ok;
+  if (std::fflush(stdout) != 0 || !ok) return Fail("cannot write to standard output");
   return 0;
 }
 
