@@ -2,6 +2,8 @@
 // tables, and the prepared comparison agreeing with the rule read straight from the row texts.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <random>
 
 #include "ListSupport.h"
@@ -204,6 +206,58 @@ TEST_F(ListSort, PreparedComparisonAgreesWithTheRule) {
             ++mismatches;
       EXPECT_EQ(mismatches, 0) << "mode " << mode << " key " << key;
     }
+  }
+}
+
+// A control that cannot take an order from the list: it is sorted through the compare callback.
+class CallbackOnlyControl : public kw::HeadlessListControl {
+ public:
+  bool SetItemOrder(const std::vector<int>&) override { return false; }
+};
+
+// Whole lists sorted three ways must come out alike: by the list (prepared keys in one array, the
+// order handed to the control), by the control's own sort through the callback, and by a stable
+// sort with the rule read from the row texts.
+TEST_F(ListSort, BothSortPathsFollowTheRule) {
+  const char16_t* const pieces[] = {u"a", u"B", u"\u00e4", u"\u00c4", u"ae", u"\u00df", u"ss", u"_", u" ",
+                                    u"1", u"2", u",5", u"x", u"\u00dc", u"ue", u"U"};
+  std::mt19937 random(11);
+  std::vector<std::u16string> texts;
+  for (int i = 0; i < 400; ++i) {
+    std::u16string text = kw::Format(u"%d|", i);
+    for (int n = static_cast<int>(random() % 7); n > 0; --n) text += pieces[random() % std::size(pieces)];
+    if (random() % 8 == 0) text = kw::Format(u"%d", i);  // no cell 1
+    texts.push_back(text);
+  }
+  struct Case {
+    uint32_t mode;
+    uint32_t order;
+    int key;
+  };
+  for (const Case c : {Case{kw::kListSortText, 1, 2}, Case{kw::kListSortTextCase, 1, -2}, Case{kw::kListSortNumber, 1, 2},
+                       Case{kw::kListSortTextCase, 0, 2}, Case{kw::kListSortNumber, 0, -2}}) {
+    kw::KwListCtrl fast;
+    kw::KwListCtrl slow(std::make_unique<CallbackOnlyControl>());
+    std::vector<kw::tagLISTROW> reference;
+    for (kw::KwListCtrl* list : {&fast, &slow}) {
+      list->InsertColumn(0, u"N", 40);
+      list->InsertColumn(1, u"T", 80);
+      for (const auto& text : texts) list->InsertItem(-1, text);
+      list->SetSortModus(1, c.mode, c.order);
+      list->SetColToSort(-c.key);  // the next sort turns it to c.key
+      list->Sort(1, 0);
+      ASSERT_EQ(list->GetSortedColumn(), c.key);
+    }
+    for (const auto& text : texts) reference.push_back(kw::tagLISTROW{0, 0, 0, text, -1, 0, {}});
+    std::stable_sort(reference.begin(), reference.end(), [&](const kw::tagLISTROW& a, const kw::tagLISTROW& b) {
+      return kw::ListCompareRows(a, b, c.key, u'|') < 0;
+    });
+    int differences = 0;
+    for (size_t i = 0; i < texts.size(); ++i) {
+      differences += fast.GetRowText(static_cast<int>(i)) != reference[i].text;
+      differences += slow.GetRowText(static_cast<int>(i)) != reference[i].text;
+    }
+    EXPECT_EQ(differences, 0) << "mode " << c.mode << " order " << c.order << " key " << c.key;
   }
 }
 
