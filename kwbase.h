@@ -37,6 +37,7 @@
 
 #include "editor/KwUndoMemory.h"
 #include "editor/KwEditUndo.h"
+#include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
 
 #include "lists/KwListCore.h"

@@ -22,11 +22,13 @@
 #include <string>
 #include <vector>
 
+#include "editor/KwEditArea.h"
 #include "platform/KwProgress.h"
 
 namespace kw {
 
 class KwEditUndo;
+class PaneSteps;
 struct KwEditParams;
 struct tagUNDORECORD;
 
@@ -245,7 +247,9 @@ class KwEditBase {
 
   // ---- Stick selection (kept by the document; kind 0 none, 1 stream, 2 column) ---------------------
   void SetStickSelection(int kind, Line line1, int64_t column1, Line line2, int64_t column2);
-  int GetStickSelection(Line* line1, int64_t* column1, Line* line2, int64_t* column2) const;
+  // A stream selection stored by character indexes (negative column1, see KwEditArea.h) is turned
+  // into lines and columns here, once.
+  int GetStickSelection(Line* line1, int64_t* column1, Line* line2, int64_t* column2);
   void UnstickSelection() { m_StickKind = 0; }
 
   // ---- Editing ---------------------------------------------------------------------------------------
@@ -259,6 +263,97 @@ class KwEditBase {
   // The same by character indexes [start, end).
   int SelReplaceAt(Index start, Index end, const char16_t* text, int64_t length, int recordUndo,
                    const Line* markLines = nullptr);
+
+  // ---- Area operations (editor/KwEditBaseArea*.cpp; area kinds and options in KwEditArea.h) ---------
+  // Every operation takes the area as (area, line1, column1, line2, column2): kAreaText (the positions are
+  // ignored), kAreaStream (from (line1, column1) up to (line2, column2); an end at column 0 covers the
+  // previous line's end of line and nothing of line2), kAreaColumn (lines line1..line2, columns
+  // [column1, column2) of each; short lines give what they hold) or kAreaMarked (the lines of
+  // line1..line2 whose mark is set, each whole). Ends of line are never changed, except by
+  // CharToEol/EolToChar. `progress` (may be null) is stepped through both passes: a stop while the
+  // area is read ends the operation with what was read (success); a stop while the changes are
+  // written leaves the text partly changed, empties the undo memory and returns 0. An operation that
+  // changes nothing records nothing. Results: 1 success, 0 wrong arguments, a stop while writing or
+  // an internal error.
+  //
+  // Letters to lower (toLower 1) or upper (0) case by ToLower/ToUpper. `encoding` 4 keeps letters
+  // whose other case the OEM page 437 lacks; -1 uses the document's encoding. Undo record 12.
+  int LowerUpper(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, int toLower,
+                 int encoding, KwProgress* progress);
+  // Overwrites the area's units with `character` (a blank by default; not an end-of-line unit). Undo
+  // record 14 for blanks, 15 for any other character.
+  int BlankOver(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, KwProgress* progress,
+                char16_t character = u' ');
+  // Tabs and blanks under tab stops (`tabStops`: `count` distances as for GetTabbedPos; none: every 8).
+  // `reverse` 0 expands each tab of the area to the blanks up to its stop (undo record 10); 1 is the
+  // reverse mode of BlankToTab. The pane runs from `fromPercent` to `toPercent`. `leadingOnly` 1 limits
+  // the change to the indentation (the blanks and tabs at the line start).
+  int TabToBlank(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, const int64_t* tabStops,
+                 int count, int reverse, KwProgress* progress, double fromPercent = 0, double toPercent = 100,
+                 int leadingOnly = 0);
+  // Replaces each run of two or more blanks of the area that ends at a tab stop by one tab (a single
+  // blank before a stop stays). Undo record 9. Arguments as for TabToBlank.
+  int BlankToTab(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, const int64_t* tabStops,
+                 int count, KwProgress* progress, double fromPercent = 0, double toPercent = 100,
+                 int leadingOnly = 0);
+  // Turns every `character` of the area into an end of line (the document's EOL text). Undo record 16.
+  int CharToEol(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, char16_t character,
+                KwProgress* progress);
+  // Turns the ends of line of the area into `character`, joining lines: a stream takes the ends of
+  // line inside it, a column block or marked lines the end of each of their lines. Undo record 17.
+  int EolToChar(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, char16_t character,
+                KwProgress* progress);
+  // Replaces zeros (48) by blanks: `mode` kZerosLeading the leading zeros of each digit run (the last
+  // digit before the end or a decimal point stays), kZerosTrailing the zeros that end a decimal
+  // fraction (one digit behind the point stays), 0 or kZerosLeading|kZerosTrailing both. A digit run
+  // is read inside the area only. Undo record 18.
+  int RemoveZeros(unsigned area, Line line1, int64_t column1, Line line2, int64_t column2, int mode,
+                  KwProgress* progress);
+  // Inserts a column at `column1` of each line of line1..line2, `column2 - column1` units wide. `text`
+  // is that column: with `perLine` 0 the same text on every line, with 1 one piece per line separated
+  // by LF (a CR before an LF is dropped; a missing piece is blank); each piece is cut or padded with
+  // blanks to the width. A line shorter than column1 is first lengthened with blanks. `markedOnly` 1
+  // inserts on the marked lines only. Undo record 6.
+  int InsertColumn(Line line1, Line line2, int64_t column1, int64_t column2, const std::u16string& text,
+                   int perLine, int markedOnly, KwProgress* progress);
+  // Removes the columns [column1, column2) of each line of line1..line2 (a short line loses what it
+  // has there). `buffer` (may be null) receives the removed pieces, each followed by LF, padded with
+  // blanks to the width when `padCopy` is 1 (so InsertColumn with perLine 1 puts them back).
+  // `markedOnly` 1 works on the marked lines only. Undo record 7.
+  int DeleteColumn(Line line1, Line line2, int64_t column1, int64_t column2, std::u16string* buffer, int padCopy,
+                   int markedOnly, KwProgress* progress);
+  // Lengthens each line of line1..line2 shorter than `length` with blanks to `length`. `markedOnly` 1
+  // on the marked lines only. Undo record 11.
+  int InflateLines(Line line1, Line line2, int64_t length, int markedOnly, KwProgress* progress);
+  // Removes the trailing blanks of each line of line1..line2; `flags` kReduceTabs removes trailing
+  // tabs too, kReduceMarkedOnly works on the marked lines only. Undo record 5.
+  int ReduceLines(Line line1, Line line2, int flags, KwProgress* progress);
+  // Sorts `count` lines from line1 (to the last line when count passes it) by `keys`, in order (none:
+  // the whole line by StrCompare). Each line keeps its place's end of line, so a last line without
+  // one stays without. `stable` 1 keeps lines with equal keys in their order; 0 orders them by the
+  // whole line. `markedOnly` 1 sorts the marked lines among their own places. Line marks move with
+  // their lines. The pane runs from `fromPercent` to `toPercent`. Undo record 8.
+  int SortLines(Line line1, const std::vector<tagSORTKEY>& keys, int64_t count, int stable, int markedOnly,
+                KwProgress* progress, double fromPercent = 0, double toPercent = 100);
+  // Deletes every marked line with its end of line (`inverse` 1: every line without a mark), as one
+  // undo group of replacements (type 2). A stop of the pane ends the deletion where it is, as a step
+  // that can be undone, and returns 0.
+  int RemoveMarkedLines(int inverse, KwProgress* progress);
+
+  // Internal to the area operations (defined in editor/KwEditBaseArea.h).
+  struct AreaLine;
+  struct AreaWalk;
+
+  // ---- Selections ----------------------------------------------------------------------------------
+  // The fix selection tested for a run of `length` units at (line, column): 1 inside. Without a fix
+  // selection: assertion, 0.
+  int InStickArea(Line line, int64_t column, int64_t length);
+  // The end of a stream selection for reporting: an end at column 0 of a line after the first is
+  // moved to the end of the previous line, its end of line included. Returns 1 when it moved.
+  int ReportStreamEnd(Line line1, int64_t column1, Line* line2, int64_t* column2);
+  // The document's part of the selection flags: kSelFixStream or kSelFixColumn, and kSelMarkedLines.
+  unsigned GetDocSelFlags();
+  // ---- End of the area operations ---------------------------------------------------------------
 
   // ---- Undo access -----------------------------------------------------------------------------------
   KwEditUndo* GetUndo() { return m_Undo.get(); }
@@ -330,6 +425,23 @@ class KwEditBase {
   int64_t RedoReplace(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t UndoLineMark(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t RedoLineMark(tagUNDORECORD& record, Line line, KwProgress* progress);
+
+  // ---- Area operations: the walk and the undo of records 5-18 (editor/KwEditBaseArea*.cpp) ----------
+  // Visits the lines of an area (see the area operations) in order; the visitor only reads. Returns 1
+  // walked to the end, 2 stopped by the pane, 0 wrong arguments.
+  int WalkArea(AreaWalk& walk);
+  int64_t UndoArea(tagUNDORECORD& record, Line line, KwProgress* progress);
+  int64_t RedoArea(tagUNDORECORD& record, Line line, KwProgress* progress);
+  // Apply a record of the area operations forward (the second pass and redo) or backward (undo).
+  // They return how many of the record's entries were applied; `stopped` is set when the pane stopped.
+  int64_t ApplyEditList(const tagUNDORECORD& record, bool undo, PaneSteps* steps, bool* stopped);
+  int64_t ApplyUnits(const tagUNDORECORD& record, bool undo, PaneSteps* steps, bool* stopped);
+  int64_t ApplySort(const tagUNDORECORD& record, bool undo);
+  // The second pass of an operation whose first pass made `record` (not yet saved): applies it and
+  // saves it. A stop empties the undo memory; entries not met trace `warning`. Both free the record's
+  // data and return 0; else 1.
+  int FinishArea(tagUNDORECORD& record, const char16_t* warning, PaneSteps* steps);
+  // ---- End of the area operations ---------------------------------------------------------------
 
   // Marks and line tables.
   void InitLineMarks(int64_t capacity);

@@ -296,7 +296,12 @@ void KwEditBase::SetStickSelection(int kind, Line line1, int64_t column1, Line l
   m_StickColumn2 = column2;
 }
 
-int KwEditBase::GetStickSelection(Line* line1, int64_t* column1, Line* line2, int64_t* column2) const {
+int KwEditBase::GetStickSelection(Line* line1, int64_t* column1, Line* line2, int64_t* column2) {
+  if (m_StickKind == 1 && m_StickColumn1 < 0) {
+    const Index start = m_StickLine1, end = m_StickLine2;
+    m_StickLine1 = LineFromIndex(start, &m_StickColumn1);
+    m_StickLine2 = LineFromIndex(end, &m_StickColumn2);
+  }
   if (line1) *line1 = m_StickLine1;
   if (column1) *column1 = m_StickColumn1;
   if (line2) *line2 = m_StickLine2;

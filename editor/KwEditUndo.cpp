@@ -43,20 +43,20 @@ int64_t KwEditUndo::Apply(tagUNDORECORD& record, KwProgress* progress, bool redo
       {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 2 text replaced
       {nullptr, nullptr},                                         // 3 replace-all
       {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 4 text inserted
-      {nullptr, nullptr},                                         // 5 ReduceLines
-      {nullptr, nullptr},                                         // 6 InsertColumn
-      {nullptr, nullptr},                                         // 7 DeleteColumn
-      {nullptr, nullptr},                                         // 8 SortLines
-      {nullptr, nullptr},                                         // 9 TabToBlank / BlankToTab
-      {nullptr, nullptr},                                         // 10 the same, reverse mode
-      {nullptr, nullptr},                                         // 11 InflateLines
-      {nullptr, nullptr},                                         // 12 LowerUpper
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 5 ReduceLines
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 6 InsertColumn
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 7 DeleteColumn
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 8 SortLines
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 9 TabToBlank / BlankToTab
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 10 the same, reverse mode
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 11 InflateLines
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 12 LowerUpper
       {nullptr, nullptr},                                         // 13 nothing to apply
-      {nullptr, nullptr},                                         // 14 BlankOver
-      {nullptr, nullptr},                                         // 15 BlankOver
-      {nullptr, nullptr},                                         // 16 CharToEol
-      {nullptr, nullptr},                                         // 17 EolToChar
-      {nullptr, nullptr},                                         // 18 RemoveZeros
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 14 BlankOver
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 15 BlankOver
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 16 CharToEol
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 17 EolToChar
+      {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 18 RemoveZeros
       {&KwEditBase::UndoLineMark, &KwEditBase::RedoLineMark},     // 19 line mark
   };
   if (record.type == 13) return RecordResult(record);

@@ -8,7 +8,8 @@
 //   2  text replaced: value1 / value2 = units removed / inserted; data = removed then inserted units
 //   4  text inserted: value2 = units inserted; data = the inserted units, zero-terminated
 //   19 a line mark set by a step: value1 = the line; no data
-//   3, 5-18 belong to the area operations and replace-all; they are not supported yet (assertion)
+//   5-18 the area operations: see editor/KwEditArea.h
+//   3 belongs to replace-all; it is not supported yet (assertion)
 // Every data block is a std::malloc block, released by FreeRecord.
 #pragma once
 
