@@ -39,6 +39,7 @@
 #include "editor/KwEditUndo.h"
 #include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
+#include "editor/KwRecordEvent.h"
 
 #include "lists/KwListCore.h"
 #include "lists/KwListCtrl.h"
