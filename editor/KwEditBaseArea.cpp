@@ -217,8 +217,14 @@ int KwEditBase::LowerUpper(unsigned area, Line line1, int64_t column1, Line line
     a.ForPieces(a.from, a.to, [&](const char16_t* p, int64_t n, Index at) {
       for (int64_t i = 0; i < n; ++i) {
         const char16_t u = p[i];
-        if (!MaybeLetter(u)) continue;
-        const char16_t v = toLower ? ToLower(u, encArg) : ToUpper(u, encArg);
+        char16_t v;
+        if (u < 0x80) {  // ASCII letters change case in every encoding
+          if (static_cast<unsigned>((u | 32) - u'a') >= 26u) continue;
+          v = toLower ? static_cast<char16_t>(u | 32) : static_cast<char16_t>(u & ~32);
+        } else {
+          if (!MaybeLetter(u)) continue;
+          v = toLower ? ToLower(u, encArg) : ToUpper(u, encArg);
+        }
         if (v == u) continue;
         ch.Add(at + i, u);
         if (tracing && IsKwWinApp() && GetKwWinApp()->GetTraceMode())

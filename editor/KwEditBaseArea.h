@@ -97,8 +97,12 @@ struct KwEditBase::AreaWalk {
 struct UnitChanges {
   std::vector<int64_t> indexes;
   std::u16string old;
+  UnitChanges() {
+    indexes.reserve(64000);
+    old.reserve(64000);
+  }
+  // Geometric growth: steps of a fixed size would copy the array over and over in a large document.
   void Add(Index at, char16_t was) {
-    if (indexes.size() == indexes.capacity()) indexes.reserve(indexes.size() + 64000);
     indexes.push_back(at);
     old.push_back(was);
   }
