@@ -178,21 +178,25 @@ void KwWinApp::SaveEditParams() {
 // --- Shared objects ---
 
 KwFolders* KwWinApp::GetFolders() {
-  if (folders_) return folders_;
-  folders_ = &::kw::GetFolders();
+  if (!folders_) folders_ = &::kw::GetFolders();
+  return folders_;
+}
+
+int KwWinApp::LoadFolders() {
+  KwFolders* folders = GetFolders();
   KwPersistence* persist = GetPersist();
+  int found = 0;
   std::u16string folder;
   if (persist->LoadKey(kPersistUser, kFolderSection, u"Data", &folder) && !folder.empty())
-    folders_->SetDataFolder(folder);
+    folders->SetDataFolder(folder), ++found;
   folder.clear();
   if (persist->LoadKey(kPersistUser, kFolderSection, u"Regional", &folder) && !folder.empty())
-    folders_->SetRegionalFolder(folder);
+    folders->SetRegionalFolder(folder), ++found;
   folder.clear();
-  if (persist->LoadKey(kPersistUser, kFolderSection, u"Project", &folder) && !folder.empty()) {
-    folders_->SetProjectFolder(folder);
-    persist->InitChain();  // the project file moved with its folder
-  }
-  return folders_;
+  if (persist->LoadKey(kPersistUser, kFolderSection, u"Project", &folder) && !folder.empty())
+    folders->SetProjectFolder(folder), ++found;
+  persist->InitChain();  // the project file moves with its folder
+  return found;
 }
 
 void KwWinApp::SaveFolders() {

@@ -83,9 +83,13 @@ class KwWinApp {
 
   // --- Shared objects: made on first use, owned by the application object until its destructor ---
   // The process's folder set (the one GetFolders() of the folder service gives). Once asked for here,
-  // its data, regional and project folders are read from and saved to the user settings file (section
-  // "Folders").
+  // its data, regional and project folders are saved to the user settings file (section "Folders",
+  // keys "Data", "Regional", "Project") when the application object goes away.
   KwFolders* GetFolders();
+  // Reads those folders back into the folder set; returns how many were found. It empties the
+  // persistence table's chain (the project file moves with its folder), so an application calls it
+  // at its start, before any object binds its settings.
+  int LoadFolders();
   // The persistence table for the two settings files.
   KwPersistence* GetPersist();
   // The document types of the application.

@@ -3,6 +3,18 @@
 // shows nothing and returns 2. A box is answered with a button's number, its mnemonic letter (the one
 // after "&", case-blind), its label written out, or Enter for the default button; Escape or the end
 // of input cancels it (2), anything else asks again.
+//
+// The operating system's services, done for real:
+// - ShellOpen starts an executable file detached (its parameters split at blanks, double quotes
+//   group); any other file goes to the desktop's opener "xdg-open". A missing file gives 2, a missing
+//   opener 31, success 33.
+// - Peers are local sockets named after the instance (PeerChannel.h).
+// - ShowHelp opens the help file with "xdg-open"; the viewer cannot look up a keyword, so a lookup
+//   reports failure and the caller shows the start page instead.
+// - Document types are a desktop entry "applications/kwbase-<id>.desktop" and a shared-mime-info
+//   package "mime/packages/kwbase-<id>.xml" (type "application/x-kwbase-<id in lower case>") in the
+//   user's data folder ($XDG_DATA_HOME, or ~/.local/share). The desktop's caches are not refreshed
+//   here (update-desktop-database, update-mime-database).
 #pragma once
 
 #include <cstdio>

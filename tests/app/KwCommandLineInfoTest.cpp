@@ -95,30 +95,6 @@ TEST_F(CommandLine, ParseInitFileSplitsFolderAndName) {
   EXPECT_EQ(info.m_strRFolder, u"");
 }
 
-TEST_F(CommandLine, FrameworkCommandsAndSilence) {
-  struct Row {
-    Args args;
-    KwCommandLineInfo::ShellCommand command;
-    bool embedded, automated;
-  };
-  const Row rows[] = {
-      {{}, KwCommandLineInfo::FileNew, false, false},
-      {{u"-p", u"a.txt"}, KwCommandLineInfo::FilePrint, false, false},
-      {{u"-pt", u"a.txt"}, KwCommandLineInfo::FilePrintTo, false, false},
-      {{u"/RegServer"}, KwCommandLineInfo::AppRegister, false, false},
-      {{u"-unregister"}, KwCommandLineInfo::AppUnregister, false, false},
-      {{u"-Automation"}, KwCommandLineInfo::FileNothing, false, true},
-      {{u"-Embedding", u"-UnregServer"}, KwCommandLineInfo::AppUnregister, true, false},
-  };
-  for (const Row& row : rows) {
-    KwCommandLineInfo info;
-    info.ParseCommandLine(row.args);
-    EXPECT_EQ(info.m_nShellCommand, row.command) << row.args.size();
-    EXPECT_EQ(info.m_bRunEmbedded, row.embedded);
-    EXPECT_EQ(info.m_bRunAutomated, row.automated);
-  }
-}
-
 class DocTypes : public kwtest::AppTest {};
 
 TEST_F(DocTypes, RegistrationGoesThroughThePlatformAndReportsFailures) {

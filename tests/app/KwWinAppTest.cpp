@@ -99,6 +99,10 @@ TEST_F(KwWinAppTest, TraceModeStaysOffUnlessStartIsPressed) {
 
 TEST_F(KwWinAppTest, TraceLineCarriesTimeOfDayAndWholeText) {
   TestApp app;
+  app.Trace(u"Value=%d", 7);  // tracing off: the debug output only
+  EXPECT_EQ(platform_.debugOutput, std::vector<std::u16string>{u"Value=7\n"});
+  EXPECT_EQ(app.GetTraceLines(), 0);
+  platform_.debugOutput.clear();
   app.StartInitalTrace();
   EXPECT_TRUE(platform_.boxes.empty());
   ASSERT_TRUE(app.GetTraceMode());
@@ -115,14 +119,6 @@ TEST_F(KwWinAppTest, TraceLineCarriesTimeOfDayAndWholeText) {
   ASSERT_GE(platform_.debugOutput.size(), 2u);
   EXPECT_EQ(platform_.debugOutput[0], std::u16string(500, u'x') + u"\n");
   EXPECT_EQ(platform_.debugOutput[1], u"Count %d of %s\n");
-}
-
-TEST_F(KwWinAppTest, TracingOffStillFeedsTheDebugOutputOnly) {
-  TestApp app;
-  app.Trace(u"Value=%d", 7);
-  EXPECT_EQ(platform_.debugOutput, std::vector<std::u16string>{u"Value=7\n"});
-  EXPECT_EQ(app.GetTraceLines(), 0);
-  EXPECT_FALSE(std::filesystem::exists(dir_ / "AUTO.REC"));
 }
 
 TEST_F(KwWinAppTest, InitialTraceStartsOnceAndDestructorTracesItsSteps) {
@@ -143,18 +139,6 @@ TEST_F(KwWinAppTest, InitialTraceStartsOnceAndDestructorTracesItsSteps) {
   EXPECT_NE(lines[1].find("1 trace lines"), std::string::npos);
   EXPECT_EQ(lines[2].substr(8), "  WinApp.Destructor");
   EXPECT_EQ(lines[3].substr(8), "  WinApp.Destructor: Now detaching system image list");
-}
-
-TEST_F(KwWinAppTest, EditParamsDefaultAndReplace) {
-  TestApp app;
-  const kw::KwEditParams& p = app.GetEditParams();
-  EXPECT_EQ(p.makeBackups, 1);
-  EXPECT_EQ(p.eolDisplayChar, u' ');
-  EXPECT_EQ(p.eolDisplayOption, 0);
-  app.SetEditParams({0, u'\u00B6', 2});
-  EXPECT_EQ(app.GetEditParams().makeBackups, 0);
-  EXPECT_EQ(app.GetEditParams().eolDisplayChar, u'\u00B6');
-  EXPECT_EQ(app.GetEditParams().eolDisplayOption, 2);
 }
 
 // The query box writes its trace lines only while the application traces.
