@@ -6,6 +6,7 @@
 #include "base/CodePages.h"
 #include "base/Format.h"
 #include "support/TestSupport.h"
+#include "terms/TermTestSupport.h"
 
 namespace {
 
@@ -150,11 +151,7 @@ TEST_F(LogiTermTest, BadTermsFailWithTheirMessageAndStayInvalid) {
     EXPECT_EQ(t.SetTerm(r.term, 1), 0);
     EXPECT_FALSE(t.IsValid());
     ASSERT_EQ(platform_.boxes.size(), 1u);
-    std::u16string shown = r.term;
-    for (char16_t& c : shown)
-      if (c == u'|') c = u'\u00A6';
-    const std::u16string raw = kw::LoadString(r.id);
-    EXPECT_EQ(platform_.boxes[0].text, raw.find(u"%s") != std::u16string::npos ? kw::Format(raw, shown) : raw);
+    EXPECT_EQ(platform_.boxes[0].text, kwtest::TermMessage(r.id, r.term));
     EXPECT_EQ(platform_.boxes[0].pictureId, r.picture);
     EXPECT_EQ(platform_.boxes[0].helpId, 2170u);
     EXPECT_EQ(static_cast<int>(platform_.beeps.size()), r.beeps);
@@ -236,12 +233,7 @@ TEST_F(LogiTermTest, LineAndArrayFormsAgree) {
       std::u16string line;
       const int len = static_cast<int>(rng() % 18);
       for (int i = 0; i < len; ++i) line += alphabet[rng() % 17];
-      std::vector<std::u16string> fields;
-      for (int64_t k = 0; k < count; ++k) {
-        const size_t from = static_cast<size_t>(firsts[k] - 1);
-        fields.push_back(from < line.size() ? line.substr(from, static_cast<size_t>(lasts[k] - firsts[k] + 1))
-                                            : std::u16string());
-      }
+      const std::vector<std::u16string> fields = kwtest::FieldsOf(line, firsts, lasts, count);
       const int a = t.CalculateResult(line.c_str(), nullptr, 0);
       ASSERT_EQ(a, t.CalculateResult(fields, nullptr, 0)) << kw::ToUtf8(term) << " on " << kw::ToUtf8(line);
       trues += a;

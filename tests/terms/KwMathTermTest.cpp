@@ -8,6 +8,7 @@
 #include "base/CodePages.h"
 #include "base/Format.h"
 #include "support/TestSupport.h"
+#include "terms/TermTestSupport.h"
 
 namespace {
 
@@ -96,12 +97,7 @@ TEST_F(MathTermTest, BadTermsFailWithTheirMessageAndStayInvalid) {
     EXPECT_FALSE(t.IsValid());
     ASSERT_EQ(platform_.boxes.size(), 1u);
     const kw::QueryBoxLayout& box = platform_.boxes[0];
-    std::u16string shown = r.term;
-    for (char16_t& c : shown)
-      if (c == u'|') c = u'\u00A6';
-    const std::u16string raw = kw::LoadString(r.id);
-    const std::u16string expected = raw.find(u"%s") != std::u16string::npos ? kw::Format(raw, shown) : raw;
-    EXPECT_EQ(box.text, expected);
+    EXPECT_EQ(box.text, kwtest::TermMessage(r.id, r.term));
     EXPECT_EQ(box.pictureId, r.picture);
     EXPECT_EQ(box.helpId, 2160u);
     EXPECT_EQ(static_cast<int>(platform_.beeps.size()), r.beeps);
@@ -253,9 +249,7 @@ TEST_F(MathTermTest, LineAndArrayFormsAgree) {
     for (int n = 0; n < 2000; ++n) {
       std::u16string line;
       for (int i = 0; i < 20; ++i) line += alphabet[rng() % 16];
-      std::vector<std::u16string> fields;
-      for (int64_t k = 0; k < count; ++k)
-        fields.push_back(firsts[k] > 0 ? line.substr(firsts[k] - 1, lasts[k] - firsts[k] + 1) : std::u16string());
+      const std::vector<std::u16string> fields = kwtest::FieldsOf(line, firsts, lasts, count);
       int bad1 = 0, bad2 = 0;
       const double a = t.CalculateResult(line.c_str(), values, &bad1, 0, 0);
       const double b = t.CalculateResult(fields, values, &bad2, 0, 0);
