@@ -40,6 +40,7 @@
 #include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
 #include "editor/KwRecordEvent.h"
+#include "editor/KwFindData.h"
 
 #include "lists/KwListCore.h"
 #include "lists/KwListCtrl.h"

@@ -15,6 +15,7 @@
 #include "base/KwTime.h"
 #include "base/Text.h"
 #include "data/KwPersistence.h"
+#include "editor/KwFindData.h"
 #include "platform/Platform.h"
 
 namespace kw {
@@ -61,6 +62,7 @@ KwWinApp::~KwWinApp() {
   if (folders_) SaveFolders();
   cmdInfo_.reset();
   docManager_.reset();
+  findData_.reset();
   persist_.reset();
   folders_ = nullptr;  // the folder service's set outlives the application object
   // No system image lists are attached in this port; the line keeps the trace comparable.
@@ -209,6 +211,11 @@ void KwWinApp::SaveFolders() {
 KwPersistence* KwWinApp::GetPersist() {
   if (!persist_) persist_ = std::make_unique<KwPersistence>();
   return persist_.get();
+}
+
+KwFindData* KwWinApp::GetFindData() {
+  if (!findData_) findData_ = std::make_unique<KwFindData>();
+  return findData_.get();
 }
 
 KwDocManager* KwWinApp::GetDocManager() {

@@ -27,6 +27,7 @@ namespace kw {
 class KwCommandLineInfo;
 class KwDocManager;
 class KwFile;
+class KwFindData;
 class KwFolders;
 class KwPersistence;
 
@@ -94,6 +95,8 @@ class KwWinApp {
   KwPersistence* GetPersist();
   // The document types of the application.
   KwDocManager* GetDocManager();
+  // The editor's search parameters shared by all find and replace windows.
+  KwFindData* GetFindData();
 
   // Help: opens "QUORIX.CHM" of the executable folder at `topic` (0: the start page). The Ctrl key held
   // down also means the start page. Failures are reported with messages 1020 and 1021.
@@ -177,6 +180,7 @@ class KwWinApp {
   KwFolders* folders_ = nullptr;  // the folder service's set, once asked for (not deleted here)
   std::unique_ptr<KwPersistence> persist_;
   std::unique_ptr<KwDocManager> docManager_;
+  std::unique_ptr<KwFindData> findData_;
   std::unique_ptr<std::vector<std::u16string>> filesToRemove_;  // made on first use
   std::unique_ptr<KwCommandLineInfo> cmdInfo_;
 

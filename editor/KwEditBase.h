@@ -368,6 +368,79 @@ class KwEditBase {
   int CanRedo() const;
   int64_t GetUndoPos() const;
 
+  // ==== Find and replace (editor/KwEditBaseFind*.cpp) ===============================================
+  // Searches for one of `count` alternatives, given one after the other in `texts` with the cumulative
+  // end offset of each in `ends`, from (*line, *column). `direction` 0 searches backwards, else
+  // forwards. `matchCase` 0 compares upper-cased units. `fixSelOnly`: matches must lie inside the stick
+  // selection; `markedOnly`: only marked lines are searched; `wildcards`: "?" and "*" in the texts are
+  // wildcards (see FindJoker). Forwards a match starts at or behind the start position; backwards it
+  // ends at or before it. On success *line, *column and *length give the match and the result is the
+  // index of the alternative (at one position the lower index wins). With `positions` (one alternative
+  // only) every match is collected instead, as character index and length, in search order and
+  // without overlap; the result is then their number and line/column/length give the first. Results:
+  // -1 nothing found or the search refused (a text of kFindSlice units or more: message 1910 when
+  // interactive), -2 out of memory.
+  int64_t FindTextW(Line* line, int64_t* column, const char16_t* texts, const int64_t* ends, int64_t count,
+                    int direction, int matchCase, int fixSelOnly, int markedOnly, int wildcards, int64_t* length,
+                    std::vector<int64_t>* positions = nullptr, std::vector<int64_t>* lengths = nullptr);
+  // Wildcard match of `pattern` at text[0] (`avail` units readable): the pattern is cut at every "*"
+  // into pieces (empty ones dropped); the first piece must match at text[0], each later one anywhere
+  // further on, in order and leftmost. "?" matches any unit but CR and LF; other units compare through
+  // ToCompare under `matchCase`. Returns the length from text[0] to the end of the last piece, 0 when
+  // there is no match (also for a pattern without a piece).
+  static int64_t FindJoker(const char16_t* pattern, int64_t patLen, const char16_t* text, int64_t avail,
+                           int matchCase);
+  // The partner of the bracket at (line, column): "(" ")", "[" "]", "{" "}" and "<" ">". The search
+  // runs through the whole text, forwards from an opening and backwards from a closing bracket, and
+  // counts nesting of the same pair only: brackets of other kinds do not matter, so "(]" inside "( )"
+  // is skipped. Returns 1 and the partner's character index in *position; 0 when the unit there is no
+  // bracket or its partner is missing.
+  int MatchBrace(Line line, int64_t column, Index* position);
+  // Options of ReplaceAll and ReplaceAllByTable.
+  static constexpr int kFindMatchCase = 1;     // compare exactly (else upper-cased)
+  static constexpr int kFindWildcards = 2;     // "?" and "*" in the find texts are wildcards
+  static constexpr int kFindMarkedOnly = 4;    // only marked lines
+  static constexpr int kFindFixSelection = 8;  // only matches inside the stick selection
+  static constexpr int64_t kFindSlice = 64000; // units of a line compared at once; longer texts are refused
+  // Replaces every match of `findText` in lines line1..line2 by `replaceText`, left to right without
+  // overlap (replaced text is not searched again), as one undoable step (record type 3). Returns the
+  // number of replacements, -1 for wrong arguments or a refused search, -2 out of memory.
+  int64_t ReplaceAll(Line line1, Line line2, const std::u16string& findText, const std::u16string& replaceText,
+                     int options);
+  // The same with a table of `count` pairs: `texts` holds find text 1, replacement 1, find text 2, ...
+  // one after the other, `ends` the cumulative end offset of each (2 * count entries). At one position
+  // the pair of the lower index wins.
+  int64_t ReplaceAllByTable(Line line1, Line line2, const char16_t* texts, const int64_t* ends, int64_t count,
+                            int options);
+
+ private:
+  struct FindRequest;
+  // In-place comparison over the chunks: whether `pattern` (upper-cased when `caseBlind`) lies at
+  // chunk->text[offset] forwards, or, for MatchTextBack, ends at chunk->text[offset].
+  int MatchText(const tagTEXTDESC* chunk, int64_t offset, const char16_t* pattern, int64_t length, int caseBlind) const;
+  int MatchTextBack(const tagTEXTDESC* chunk, int64_t offset, const char16_t* pattern, int64_t length,
+                    int caseBlind) const;
+  int64_t FindStream(FindRequest& request);
+  int64_t FindLines(FindRequest& request);
+  // The first (forwards) or last (backwards) match in line `line` inside [from, limit); -1 none.
+  int64_t FindInLine(FindRequest& request, Line line, int64_t from, int64_t limit, int64_t* column, int64_t* length);
+  int64_t ReplaceMatches(Line line1, Line line2, const std::vector<std::u16string>& finds,
+                         const std::vector<std::u16string>& replacements, int options);
+  // Applies replacements sorted by position and without overlap, from the last to the first, each
+  // chunk rebuilt once for all its replacements that leave the lines as they are.
+  struct Splice {
+    Index at;
+    int64_t removed;
+    const char16_t* text;
+    int64_t length;
+  };
+  void ApplySplices(const std::vector<Splice>& splices);
+  int64_t UndoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
+  int64_t RedoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
+
+ public:
+  // ==== end of find and replace ======================================================================
+
   // ---- For tests ------------------------------------------------------------------------------------
   // Checks every invariant of the chunk list, the counts and the line cache; 1 when they hold.
   int Check();

@@ -41,7 +41,7 @@ int64_t KwEditUndo::Apply(tagUNDORECORD& record, KwProgress* progress, bool redo
       {nullptr, nullptr},                                         // 0: a modified-state track only
       {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 1 one unit replaced
       {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 2 text replaced
-      {nullptr, nullptr},                                         // 3 replace-all
+      {&KwEditBase::UndoReplaceAll, &KwEditBase::RedoReplaceAll}, // 3 replace-all
       {&KwEditBase::UndoReplace, &KwEditBase::RedoReplace},       // 4 text inserted
       {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 5 ReduceLines
       {&KwEditBase::UndoArea, &KwEditBase::RedoArea},             // 6 InsertColumn

@@ -7,9 +7,11 @@
 //      type 1 has no data block
 //   2  text replaced: value1 / value2 = units removed / inserted; data = removed then inserted units
 //   4  text inserted: value2 = units inserted; data = the inserted units, zero-terminated
+//   3  replace-all: every match of a line range replaced; value1 / value2 = length of the span from
+//      the first match to the last one's end before / after; data = the matches and both texts (see
+//      editor/KwEditBaseFindReplace.cpp)
 //   19 a line mark set by a step: value1 = the line; no data
 //   5-18 the area operations: see editor/KwEditArea.h
-//   3 belongs to replace-all; it is not supported yet (assertion)
 // Every data block is a std::malloc block, released by FreeRecord.
 #pragma once
 

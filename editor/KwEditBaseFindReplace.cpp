@@ -1,0 +1,330 @@
+// KwEditBase: replacing every match in a line range as one undoable step (record type 3).
+//
+// The matches are collected first, then applied from the last to the first: each chunk is rebuilt once
+// for all of its replacements, so that many replacements cost one pass over the text instead of one
+// shift of a chunk each. A replacement that touches an end of line or crosses a chunk border goes
+// through the edit primitive instead, which keeps the line counts and the line tables.
+//
+// Record type 3: position = the index of the first match, value1 / value2 = length of the text from
+// the first match's start to the last match's end before / after the step; data (std::malloc):
+//   int64_t count, oldUnits, newUnits;
+//   int64_t entries[3 * count]: offset of the match from position (before the step), old length, new length;
+//   char16_t old[oldUnits], new[newUnits]: the matched and the inserted texts, one after the other.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "app/QueryBox.h"
+#include "base/Assert.h"
+#include "editor/KwEditBase.h"
+#include "editor/KwEditBaseFindScan.h"
+#include "editor/KwEditUndo.h"
+
+namespace kw {
+
+namespace {
+
+constexpr char16_t kCR = 13;
+constexpr char16_t kLF = 10;
+
+struct ReplaceAllBlock {
+  int64_t count = 0, oldUnits = 0, newUnits = 0;
+  const int64_t* entries = nullptr;
+  const char16_t* oldText = nullptr;
+  const char16_t* newText = nullptr;
+};
+
+ReplaceAllBlock ReadBlock(const void* data) {
+  ReplaceAllBlock b;
+  if (data == nullptr) return b;
+  const auto* head = static_cast<const int64_t*>(data);
+  b.count = head[0];
+  b.oldUnits = head[1];
+  b.newUnits = head[2];
+  b.entries = head + 3;
+  b.oldText = reinterpret_cast<const char16_t*>(b.entries + 3 * b.count);
+  b.newText = b.oldText + b.oldUnits;
+  return b;
+}
+
+}  // namespace
+
+int64_t KwEditBase::ReplaceAll(Line line1, Line line2, const std::u16string& findText,
+                               const std::u16string& replaceText, int options) {
+  return ReplaceMatches(line1, line2, {findText}, {replaceText}, options);
+}
+
+int64_t KwEditBase::ReplaceAllByTable(Line line1, Line line2, const char16_t* texts, const int64_t* ends,
+                                      int64_t count, int options) {
+  const bool ok = texts != nullptr && ends != nullptr && count >= 1;
+  KW_ASSERT(ok);
+  if (!ok) return -1;
+  std::vector<std::u16string> finds, replacements;
+  int64_t from = 0;
+  for (int64_t i = 0; i < 2 * count; ++i) {
+    if (ends[i] < from) {
+      KW_ASSERT(!"decreasing end offsets");
+      return -1;
+    }
+    (i % 2 == 0 ? finds : replacements).emplace_back(texts + from, static_cast<size_t>(ends[i] - from));
+    from = ends[i];
+  }
+  return ReplaceMatches(line1, line2, finds, replacements, options);
+}
+
+int64_t KwEditBase::ReplaceMatches(Line line1, Line line2, const std::vector<std::u16string>& finds,
+                                   const std::vector<std::u16string>& replacements, int options) {
+  const bool ok = line1 >= 0 && line1 <= line2 && line2 <= m_LinesInDoc && !finds.empty() &&
+                  finds.size() == replacements.size();
+  KW_ASSERT(ok);
+  if (!ok) return -1;
+  FindRequest r;
+  if (!r.pat.Prepare(finds, options & kFindMatchCase, options & kFindWildcards)) {
+    KW_ASSERT(!"an empty search text");
+    return -1;
+  }
+  r.markedOnly = (options & kFindMarkedOnly) != 0;
+  r.fixSel = (options & kFindFixSelection) != 0;
+  if (r.fixSel && GetStickSelection(nullptr, nullptr, nullptr, nullptr) == 0) {
+    KW_ASSERT(!"a fix-selection replacement without a fix selection");
+    return -1;
+  }
+  std::vector<int64_t> at, len, alt;
+  r.positions = &at;
+  r.lengths = &len;
+  r.alternatives = &alt;
+  r.line = line1;
+  r.column = 0;
+  r.start = LineStart(line1);
+  if (!r.pat.wildcards && !r.markedOnly && !r.fixSel) {
+    r.rangeEnd = LineStart(line2) + LineLength(line2, 0);
+    FindStream(r);
+  } else {
+    if (r.pat.longest >= kFindSlice) {
+      if (m_Interactive) QueryBox(u"EditBase", 0, 1090, 1, 1910u);
+      return -1;
+    }
+    std::unique_ptr<char16_t[]> buffer(new (std::nothrow) char16_t[static_cast<size_t>(kFindSlice + 1)]);
+    if (!buffer) return -2;
+    r.buffer = buffer.get();
+    Line l1 = line1, l2 = line2;
+    if (r.fixSel) {
+      Line s1, s2;
+      GetStickSelection(&s1, nullptr, &s2, nullptr);
+      l1 = std::max(l1, std::min(s1, s2));
+      l2 = std::min(l2, std::max(s1, s2));
+    }
+    int64_t column = 0, length = 0;
+    for (Line l = l1; l <= l2; ++l) {
+      if (r.markedOnly && !GetLineMark(l)) continue;
+      const int64_t limit = LineLength(l, 0);
+      int64_t from = 0, k;
+      while ((k = FindInLine(r, l, from, limit, &column, &length)) >= 0) {
+        r.Hit(k, LineStart(l) + column, length);
+        from = column + length;
+      }
+    }
+  }
+  const auto n = static_cast<int64_t>(at.size());
+  if (n == 0) return 0;
+
+  // The record's block: entries, the matched texts as they stand, the replacements.
+  int64_t oldUnits = 0, newUnits = 0;
+  for (int64_t i = 0; i < n; ++i) {
+    oldUnits += len[i];
+    newUnits += static_cast<int64_t>(replacements[static_cast<size_t>(alt[i])].size());
+  }
+  const size_t bytes = sizeof(int64_t) * static_cast<size_t>(3 + 3 * n) +
+                       sizeof(char16_t) * static_cast<size_t>(oldUnits + newUnits);
+  auto* head = static_cast<int64_t*>(std::malloc(bytes));
+  if (head == nullptr) return -2;
+  const Index first = at[0];
+  const Index oldEnd = at[n - 1] + len[n - 1];
+  head[0] = n;
+  head[1] = oldUnits;
+  head[2] = newUnits;
+  int64_t* entries = head + 3;
+  auto* oldText = reinterpret_cast<char16_t*>(entries + 3 * n);
+  char16_t* newText = oldText + oldUnits;
+  std::vector<Splice> splices;
+  splices.reserve(static_cast<size_t>(n));
+  int64_t delta = 0;
+  {
+    char16_t* o = oldText;
+    char16_t* w = newText;
+    for (int64_t i = 0; i < n; ++i) {
+      const std::u16string& rep = replacements[static_cast<size_t>(alt[i])];
+      const auto repLen = static_cast<int64_t>(rep.size());
+      entries[3 * i] = at[i] - first;
+      entries[3 * i + 1] = len[i];
+      entries[3 * i + 2] = repLen;
+      GetText(at[i], o, len[i]);
+      if (repLen) std::memcpy(w, rep.data(), static_cast<size_t>(repLen) * sizeof(char16_t));
+      splices.push_back({at[i], len[i], w, repLen});
+      o += len[i];
+      w += repLen;
+      delta += repLen - len[i];
+    }
+  }
+  ApplySplices(splices);
+  // The memory owns the block from here on (also when it does not keep the record).
+  m_Undo->SaveRecord(static_cast<uint64_t>(first), oldEnd - first, oldEnd - first + delta, head,
+                     KwEditUndo::kReplaceAll);
+  return n;
+}
+
+void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
+  const char16_t eol = m_EOLText[0];
+  // A text without end-of-line units (nor LF, which pairs with a CR) leaves the lines as they are.
+  auto plain = [&](const char16_t* p, int64_t n) {
+    for (int64_t i = 0; i < n; ++i)
+      if (p[i] == eol || (eol == kCR && p[i] == kLF)) return false;
+    return true;
+  };
+  bool formFeeds = false;
+  // A rebuilt chunk moves or changes the cached line; the cache is renewed before the next lookup.
+  bool dirty = false;
+  auto settle = [&] {
+    if (dirty) ResetCache();
+    dirty = false;
+  };
+  tagTEXTDESC* c = nullptr;
+  Index cs = 0;
+  size_t i = splices.size();
+  while (i > 0) {
+    const Splice& s = splices[i - 1];
+    if (c == nullptr) {
+      settle();
+      c = SeekElement(s.at, &cs, nullptr);
+    } else {
+      while (c->prev && cs > s.at) {
+        c = c->prev;
+        cs -= c->used;
+      }
+    }
+    const auto inChunk = [&](const Splice& x) {
+      return x.at >= cs && x.at + x.removed <= cs + static_cast<int64_t>(c->used) && plain(x.text, x.length) &&
+             plain(c->text + (x.at - cs), x.removed);
+    };
+    if (!inChunk(s)) {
+      settle();
+      ReplaceText(s.at, s.removed, s.text, s.length);
+      c = nullptr;
+      --i;
+      continue;
+    }
+    size_t j = i - 1;
+    while (j > 0 && inChunk(splices[j - 1])) --j;
+    // Rebuild the chunk for splices [j, i).
+    const auto used = static_cast<int64_t>(c->used);
+    int64_t delta = 0;
+    for (size_t k = j; k < i; ++k) {
+      delta += splices[k].length - splices[k].removed;
+      if (!formFeeds)
+        formFeeds = std::char_traits<char16_t>::find(splices[k].text, static_cast<size_t>(splices[k].length),
+                                                     kFormFeed) != nullptr ||
+                    std::char_traits<char16_t>::find(c->text + (splices[k].at - cs),
+                                                     static_cast<size_t>(splices[k].removed), kFormFeed) != nullptr;
+    }
+    const int64_t newUsed = used + delta;
+    dirty = true;
+    if (delta == 0) {
+      for (size_t k = j; k < i; ++k)
+        if (splices[k].length)
+          std::memcpy(c->text + (splices[k].at - cs), splices[k].text,
+                      static_cast<size_t>(splices[k].length) * sizeof(char16_t));
+    } else if (newUsed == 0 && (c->prev || c->next)) {
+      RemoveElement(c);
+      m_TotalChars += delta;
+      c = nullptr;
+      i = j;
+      continue;
+    } else {
+      tagTEXTDESC* fresh = NewElement(newUsed);
+      if (fresh == nullptr) {
+        // Out of memory for the new buffer: one replacement at a time, as far as memory goes.
+        settle();
+        for (size_t k = i; k > j; --k) ReplaceText(splices[k - 1].at, splices[k - 1].removed, splices[k - 1].text,
+                                                   splices[k - 1].length);
+        c = nullptr;
+        i = j;
+        continue;
+      }
+      char16_t* dst = fresh->text;
+      int64_t from = 0;  // next unit of the old buffer to copy
+      for (size_t k = j; k < i; ++k) {
+        const int64_t off = splices[k].at - cs;
+        std::memcpy(dst, c->text + from, static_cast<size_t>(off - from) * sizeof(char16_t));
+        dst += off - from;
+        if (splices[k].length)
+          std::memcpy(dst, splices[k].text, static_cast<size_t>(splices[k].length) * sizeof(char16_t));
+        dst += splices[k].length;
+        from = off + splices[k].removed;
+      }
+      std::memcpy(dst, c->text + from, static_cast<size_t>(used - from) * sizeof(char16_t));
+      delete[] c->text;
+      c->text = fresh->text;
+      c->capacity = fresh->capacity;
+      c->used = static_cast<uint32_t>(newUsed);
+      fresh->text = nullptr;
+      delete fresh;
+      m_TotalChars += delta;
+    }
+    i = j;
+  }
+  ResetCache();
+  if (formFeeds) BuildFFTable();
+  // Lines that grew may now be the longest.
+  int64_t shift = 0;
+  Line lastLine = -1;
+  for (const Splice& s : splices) {
+    if (s.length > s.removed) {
+      const Line l = LineFromIndex(s.at + shift, nullptr);
+      if (l != lastLine) m_LongestLine = std::max(m_LongestLine, LineLength(l, 0));
+      lastLine = l;
+    }
+    shift += s.length - s.removed;
+  }
+}
+
+int64_t KwEditBase::UndoReplaceAll(tagUNDORECORD& record, Line /*line*/, KwProgress* /*progress*/) {
+  const ReplaceAllBlock b = ReadBlock(record.data);
+  const auto first = static_cast<Index>(record.position);
+  const bool ok = record.data != nullptr && first >= 0 && first + record.value2 <= m_TotalChars;
+  KW_ASSERT(ok);
+  if (!ok) return -1;
+  std::vector<Splice> splices;
+  splices.reserve(static_cast<size_t>(b.count));
+  const char16_t* o = b.oldText;
+  int64_t shift = 0;
+  for (int64_t i = 0; i < b.count; ++i) {
+    const int64_t off = b.entries[3 * i], oldLen = b.entries[3 * i + 1], newLen = b.entries[3 * i + 2];
+    splices.push_back({first + off + shift, newLen, o, oldLen});
+    o += oldLen;
+    shift += newLen - oldLen;
+  }
+  ApplySplices(splices);
+  return first;
+}
+
+int64_t KwEditBase::RedoReplaceAll(tagUNDORECORD& record, Line /*line*/, KwProgress* /*progress*/) {
+  const ReplaceAllBlock b = ReadBlock(record.data);
+  const auto first = static_cast<Index>(record.position);
+  const bool ok = record.data != nullptr && first >= 0 && first + record.value1 <= m_TotalChars;
+  KW_ASSERT(ok);
+  if (!ok) return -1;
+  std::vector<Splice> splices;
+  splices.reserve(static_cast<size_t>(b.count));
+  const char16_t* w = b.newText;
+  for (int64_t i = 0; i < b.count; ++i) {
+    const int64_t off = b.entries[3 * i], oldLen = b.entries[3 * i + 1], newLen = b.entries[3 * i + 2];
+    splices.push_back({first + off, oldLen, w, newLen});
+    w += newLen;
+  }
+  ApplySplices(splices);
+  return first;
+}
+
+}  // namespace kw
