@@ -505,6 +505,7 @@ class KwEditBase {
   int WalkArea(AreaWalk& walk);
   int64_t UndoArea(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t RedoArea(tagUNDORECORD& record, Line line, KwProgress* progress);
+  int64_t ApplyArea(tagUNDORECORD& record, bool undo);
   // Apply a record of the area operations forward (the second pass and redo) or backward (undo).
   // They return how many of the record's entries were applied; `stopped` is set when the pane stopped.
   int64_t ApplyEditList(const tagUNDORECORD& record, bool undo, PaneSteps* steps, bool* stopped);

@@ -361,36 +361,25 @@ int64_t KwEditBase::ApplyEditList(const tagUNDORECORD& r, bool undo, PaneSteps* 
 
 // ---- Undo and redo ---------------------------------------------------------------------------------------
 
-int64_t KwEditBase::UndoArea(tagUNDORECORD& r, Line /*line*/, KwProgress* /*progress*/) {
+// Undo and redo of an area record apply the same stored changes, backwards or forwards.
+int64_t KwEditBase::ApplyArea(tagUNDORECORD& r, bool undo) {
   KW_ASSERT(r.data != nullptr);
   if (r.data == nullptr) return -1;
   bool stopped = false;
   int64_t done;
   if (r.type == kUndoSortLines)
-    done = ApplySort(r, true);
+    done = ApplySort(r, undo);
   else if (r.type == kUndoLowerUpper || r.type == kUndoBlankOver || r.type == kUndoCharOver ||
            r.type == kUndoRemoveZeros)
-    done = ApplyUnits(r, true, nullptr, &stopped);
+    done = ApplyUnits(r, undo, nullptr, &stopped);
   else
-    done = ApplyEditList(r, true, nullptr, &stopped);
+    done = ApplyEditList(r, undo, nullptr, &stopped);
   KW_ASSERT(done == r.value2);
   return done == r.value2 ? static_cast<int64_t>(r.position) : -1;
 }
 
-int64_t KwEditBase::RedoArea(tagUNDORECORD& r, Line /*line*/, KwProgress* /*progress*/) {
-  KW_ASSERT(r.data != nullptr);
-  if (r.data == nullptr) return -1;
-  bool stopped = false;
-  int64_t done;
-  if (r.type == kUndoSortLines)
-    done = ApplySort(r, false);
-  else if (r.type == kUndoLowerUpper || r.type == kUndoBlankOver || r.type == kUndoCharOver ||
-           r.type == kUndoRemoveZeros)
-    done = ApplyUnits(r, false, nullptr, &stopped);
-  else
-    done = ApplyEditList(r, false, nullptr, &stopped);
-  KW_ASSERT(done == r.value2);
-  return done == r.value2 ? static_cast<int64_t>(r.position) : -1;
-}
+int64_t KwEditBase::UndoArea(tagUNDORECORD& r, Line /*line*/, KwProgress* /*progress*/) { return ApplyArea(r, true); }
+
+int64_t KwEditBase::RedoArea(tagUNDORECORD& r, Line /*line*/, KwProgress* /*progress*/) { return ApplyArea(r, false); }
 
 }  // namespace kw
