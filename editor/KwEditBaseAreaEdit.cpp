@@ -7,6 +7,7 @@
 #include "app/KwWinApp.h"
 #include "base/Assert.h"
 #include "editor/KwEditBaseArea.h"
+#include "editor/KwEditBaseScan.h"
 #include "editor/KwEditUndo.h"
 #include "platform/Platform.h"
 
@@ -24,20 +25,6 @@ class EditWait {
   EditWait(const EditWait&) = delete;
   EditWait& operator=(const EditWait&) = delete;
 };
-
-// The tab stop after display column `pos`: `stops` are distances, the first stop at the first distance,
-// each further one the next distance beyond, the last distance repeating; none: every 8 columns.
-int64_t NextTabStop(int64_t pos, const int64_t* stops, int count) {
-  if (stops == nullptr || count < 1) return (pos / 8 + 1) * 8;
-  int64_t stop = 0;
-  for (int i = 0; i < count; ++i) {
-    stop += stops[i];
-    if (stop > pos) return stop;
-  }
-  const int64_t d = stops[count - 1];
-  if (d <= 0) return pos + 1;
-  return stop + ((pos - stop) / d + 1) * d;
-}
 
 int64_t IndentEnd(const std::u16string& s) {
   size_t i = 0;
@@ -74,7 +61,7 @@ int KwEditBase::TabToBlank(unsigned area, Line line1, int64_t column1, Line line
     if (!reverse) {
       for (int64_t i = 0; i < limit; ++i) {
         const char16_t u = s[static_cast<size_t>(i)];
-        const int64_t next = u == kTabUnit ? NextTabStop(d, tabStops, count) : d + 1;
+        const int64_t next = u == kTabUnit ? scan::NextTabStop(d, tabStops, count) : d + 1;
         if (u == kTabUnit && i >= a.from) list.Add(a.start + i, &s[static_cast<size_t>(i)], 1, nullptr, next - d);
         d = next;
       }
@@ -83,13 +70,13 @@ int KwEditBase::TabToBlank(unsigned area, Line line1, int64_t column1, Line line
     int64_t segStart = -1, segDisplay = 0;  // the blanks collected since the last stop
     for (int64_t i = 0; i < limit; ++i) {
       const char16_t u = s[static_cast<size_t>(i)];
-      const int64_t next = u == kTabUnit ? NextTabStop(d, tabStops, count) : d + 1;
+      const int64_t next = u == kTabUnit ? scan::NextTabStop(d, tabStops, count) : d + 1;
       if (u == u' ' && i >= a.from) {
         if (segStart < 0) {
           segStart = i;
           segDisplay = d;
         }
-        if (next == NextTabStop(segDisplay, tabStops, count)) {
+        if (next == scan::NextTabStop(segDisplay, tabStops, count)) {
           if (i - segStart + 1 >= 2) list.Add(a.start + segStart, &s[static_cast<size_t>(segStart)], i - segStart + 1, u"\t", 1);
           segStart = -1;
         }

@@ -18,19 +18,6 @@ constexpr char16_t kTab = 9;
 
 bool IsBlank(char16_t c) { return c == u' ' || c == kTab; }
 
-// The stop that follows display column `pos` (see GetTabbedPos).
-int64_t NextStop(int64_t pos, const int64_t* stops, int count) {
-  if (stops == nullptr || count < 1) return (pos / 8 + 1) * 8;
-  int64_t stop = 0;
-  for (int i = 0; i < count; ++i) {
-    stop += stops[i];
-    if (stop > pos) return stop;
-  }
-  const int64_t d = stops[count - 1];
-  if (d <= 0) return pos + 1;
-  return stop + ((pos - stop) / d + 1) * d;
-}
-
 }  // namespace
 
 // ---- Line contents ------------------------------------------------------------------------------
@@ -247,7 +234,7 @@ int64_t KwEditBase::GetTabbedPos(Line line, int64_t column, const int64_t* tabSt
   int64_t pos = 0;
   for (int64_t i = 0; i < column; ++i) {
     if (i < static_cast<int64_t>(s.size()) && s[static_cast<size_t>(i)] == kTab)
-      pos = NextStop(pos, tabStops, count);
+      pos = scan::NextTabStop(pos, tabStops, count);
     else
       ++pos;
   }
@@ -262,7 +249,7 @@ int64_t KwEditBase::AdjustCol(Line line, int64_t* column, const int64_t* tabStop
   int64_t pos = 0;
   int64_t i = 0;
   for (; i < static_cast<int64_t>(s.size()); ++i) {
-    const int64_t next = s[static_cast<size_t>(i)] == kTab ? NextStop(pos, tabStops, count) : pos + 1;
+    const int64_t next = s[static_cast<size_t>(i)] == kTab ? scan::NextTabStop(pos, tabStops, count) : pos + 1;
     if (next > target) break;
     pos = next;
   }

@@ -65,4 +65,19 @@ inline int64_t FindNthBack(const char16_t* p, int64_t n, char16_t c, int64_t k) 
   return -1;
 }
 
+// The tab stop after display column `pos`: `stops` are distances, the first stop at the first distance,
+// each further one the next distance beyond, the last distance repeating; none: every 8 columns.
+// Shared by the tab positions of lines and the tab conversions of the area operations.
+inline int64_t NextTabStop(int64_t pos, const int64_t* stops, int count) {
+  if (stops == nullptr || count < 1) return (pos / 8 + 1) * 8;
+  int64_t stop = 0;
+  for (int i = 0; i < count; ++i) {
+    stop += stops[i];
+    if (stop > pos) return stop;
+  }
+  const int64_t d = stops[count - 1];
+  if (d <= 0) return pos + 1;
+  return stop + ((pos - stop) / d + 1) * d;
+}
+
 }  // namespace kw::scan
