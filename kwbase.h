@@ -39,6 +39,7 @@
 #include "editor/KwEditUndo.h"
 #include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
+#include "editor/KwEditView.h"
 #include "editor/KwRecordEvent.h"
 #include "editor/KwFindData.h"
 
