@@ -119,6 +119,36 @@ class KwEditView {
   // What the last Execute... task did.
   const KwExecuteResult& GetLastExecute() const { return m_LastExecute; }
 
+  // ==== Column and line tasks ==========================================================================
+  // Each task takes its parameters from `event`, or, when it is null (run from the dialog), from
+  // GetDialogParams of its kind. Columns in events count from 1 and include the last one. The area
+  // is the event's area kind as the view has it now (GetArea); a task whose area does not exist beeps
+  // and returns 0. A task that changes text does so as one undo step and, while recording, hands the
+  // parameters it ran with to RecordEvent. Long tasks show a progress pane; stopping it keeps what was
+  // done. Failures are reported through QueryBox. Each returns 1 when it ran (even when it changed
+  // nothing) and 0 when it failed or found nothing to work on; GetLastExecute tells what it did.
+  int ExecuteFind(KwFindEvent* event = nullptr);
+  int ExecuteReplace(KwReplEvent* event = nullptr);
+  int ExecuteBinChar(KwBCharEvent* event = nullptr);
+  int ExecuteExtChar(KwXCharEvent* event = nullptr);
+  int ExecuteColAlign(KwAlignEvent* event = nullptr);
+  int ExecuteTableRep(KwTableRepEvent* event = nullptr);
+  int ExecuteColReplace(KwColWriteEvent* event = nullptr);  // column write
+  int ExecuteLineSort(KwSortEvent* event = nullptr);
+  int ExecuteLineUmform(KwUmfEvent* event = nullptr);  // transformation rules: not available
+  int ExecuteLineUmb(KwLineBreakEvent* event = nullptr);  // line break
+  int ExecuteLineMark(KwLineSelectEvent* event = nullptr);
+  int ExecuteLine2(KwLine2Event* event = nullptr);
+  int ExecuteGotoMarkedLine(KwGotoSelectedLineEvent* event = nullptr);
+  int ExecuteColForm(KwColFormEvent* event = nullptr);
+  int ExecuteColCalc(KwColCalcEvent* event = nullptr);
+  int ExecuteColSum(KwColSumEvent* event = nullptr);
+  int ExecuteAutoInsert(KwAutoInsertEvent* event = nullptr);
+  // Runs the task of `event`'s kind with it (the replay loop of an application or of `kw run`).
+  // Returns the task's result; 0 for an event of a kind without a task.
+  int ExecuteRecordEvent(KwRecordEvent* event);
+  // ==== End of the column and line tasks ===============================================================
+
  protected:
   // Hands `event` to RecordEvent when recording and not replaying.
   void RecordIfRecording(KwRecordEvent* event, int flags = 0);
