@@ -421,6 +421,8 @@ class KwEditBase {
   int MatchTextBack(const tagTEXTDESC* chunk, int64_t offset, const char16_t* pattern, int64_t length,
                     int caseBlind) const;
   int64_t FindStream(FindRequest& request);
+  // FindStream for one text, matches lying in [lo, hi).
+  int64_t FindStreamLiteral(FindRequest& request, Index lo, Index hi);
   int64_t FindLines(FindRequest& request);
   // The first (forwards) or last (backwards) match in line `line` inside [from, limit); -1 none.
   int64_t FindInLine(FindRequest& request, Line line, int64_t from, int64_t limit, int64_t* column, int64_t* length);

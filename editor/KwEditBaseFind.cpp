@@ -134,6 +134,7 @@ int64_t KwEditBase::FindStream(FindRequest& r) {
     if (lo > hi) std::swap(lo, hi);
   }
   if (r.rangeEnd >= 0) hi = std::min(hi, r.rangeEnd);
+  if (pat.texts.size() == 1) return FindStreamLiteral(r, lo, hi);
   if (r.forward) {
     const Index from = std::max(r.start, lo);
     if (from >= hi) return -1;
@@ -205,10 +206,76 @@ int64_t KwEditBase::FindStream(FindRequest& r) {
   return -1;
 }
 
+int64_t KwEditBase::FindStreamLiteral(FindRequest& r, Index lo, Index hi) {
+  // One text: the kernel finds the matches lying wholly inside a chunk; the few candidates that
+  // straddle the border to the next (forwards) or previous (backwards) chunk are compared in place.
+  const findscan::Literal& lit = r.pat.lead;
+  const char16_t* text = lit.Data();
+  const int64_t m = lit.Size();
+  const int caseBlind = r.pat.matchCase ? 0 : 1;
+  if (r.forward) {
+    const Index from = std::max(r.start, lo);
+    if (from + m > hi) return -1;
+    Index cs;
+    const tagTEXTDESC* c = SeekElement(from, &cs, nullptr);
+    int64_t off = from - cs;  // may lie behind the chunk's end after a match across its border
+    for (; c; cs += static_cast<int64_t>(c->used), c = c->next) {
+      const auto used = static_cast<int64_t>(c->used);
+      if (cs + off + m > hi) return -1;
+      const int64_t inside = std::min(used, hi - cs);  // matches lie wholly in text[off, inside)
+      while (off + m <= inside) {
+        const int64_t i = lit.FindFirst(c->text + off, inside - off);
+        if (i < 0) break;
+        if (!r.Hit(0, cs + off + i, m)) return r.found;
+        off += i + m;
+      }
+      for (int64_t s = std::max(off, used - m + 1); s < used && cs + s + m <= hi; ++s) {
+        if (MatchText(c, s, text, m, caseBlind)) {
+          if (!r.Hit(0, cs + s, m)) return r.found;
+          s += m - 1;
+          off = s + 1;
+        }
+      }
+      off = std::max(off, used) - used;
+    }
+    return -1;
+  }
+  const Index to = std::min(r.start, hi);
+  if (to - m < lo) return -1;
+  Index cs;
+  const tagTEXTDESC* c = SeekElement(to - 1, &cs, nullptr);
+  int64_t off = to - cs;  // matches end before c->text[off]; below 0 after a match across the border
+  while (c) {
+    if (cs + off - m < lo) return -1;
+    const int64_t base = std::max<int64_t>(0, lo - cs);  // matches lie wholly in text[base, off)
+    while (off - base >= m) {
+      const int64_t i = lit.FindLast(c->text + base, off - base);
+      if (i < 0) break;
+      if (!r.Hit(0, cs + base + i, m)) return r.found;
+      off = base + i;
+    }
+    for (int64_t j = std::min(off, m - 1) - 1; j >= 0 && cs + j - m + 1 >= lo; --j) {
+      if (MatchTextBack(c, j, text, m, caseBlind)) {
+        if (!r.Hit(0, cs + j - m + 1, m)) return r.found;
+        j -= m - 1;
+        off = j;
+      }
+    }
+    off = std::min<int64_t>(off, 0);
+    c = c->prev;
+    if (c) {
+      cs -= static_cast<int64_t>(c->used);
+      off += static_cast<int64_t>(c->used);
+    }
+  }
+  return -1;
+}
+
 int64_t KwEditBase::FindInLine(FindRequest& r, Line line, int64_t from, int64_t limit, int64_t* column,
                                int64_t* length) {
   const findscan::Patterns& pat = r.pat;
   char16_t* buf = r.buffer;
+  const int64_t lead = pat.lead.Size();
   auto check = [&](int64_t p, const char16_t* at, int64_t avail) -> int64_t {
     int64_t len = 0;
     const int64_t k = pat.MatchAt(at, avail, &len);
@@ -227,7 +294,13 @@ int64_t KwEditBase::FindInLine(FindRequest& r, Line line, int64_t from, int64_t 
       // this slice starts in the overlap and is found in the next one.
       const int64_t candEnd = last ? sliceStart + n : sliceStart + n - (pat.longest - 1);
       for (int64_t p = sliceStart; p < candEnd; ++p) {
-        if (!pat.wildcards) {
+        if (lead > 0) {
+          // Every match begins with the lead, lying wholly in this slice.
+          const int64_t i = pat.lead.FindFirst(buf + (p - sliceStart), sliceStart + n - p);
+          if (i < 0) break;
+          p += i;
+          if (p >= candEnd) break;
+        } else if (!pat.wildcards) {
           p += pat.first.FindFirst(buf + (p - sliceStart), candEnd - p);
           if (p >= candEnd) break;
         }
@@ -246,7 +319,11 @@ int64_t KwEditBase::FindInLine(FindRequest& r, Line line, int64_t from, int64_t 
     const int64_t n = TextOfLine(line, buf, sliceEnd - sliceStart, sliceStart, 0, 0, 0);
     if (n < sliceEnd - sliceStart) break;
     for (int64_t p = candHi - 1; p >= sliceStart; --p) {
-      if (!pat.wildcards) {
+      if (lead > 0) {
+        const int64_t i = pat.lead.FindLast(buf, std::min(n, p - sliceStart + lead));
+        if (i < 0) break;
+        p = sliceStart + i;
+      } else if (!pat.wildcards) {
         p = sliceStart + pat.first.FindLast(buf, p - sliceStart + 1);
         if (p < sliceStart) break;
       }

@@ -17,6 +17,223 @@ const char16_t* UpperTable() {
   return table.data();
 }
 
+const char16_t* FormsOf(char16_t key, int* count) {
+  // The units grouped by their upper-case form: the forms of k are units[start[k], start[k + 1]).
+  struct Classes {
+    std::vector<uint32_t> start = std::vector<uint32_t>(65537, 0);
+    std::vector<char16_t> units = std::vector<char16_t>(65536);
+  };
+  static const Classes classes = [] {
+    Classes c;
+    const char16_t* upper = UpperTable();
+    for (uint32_t u = 0; u < 65536; ++u) ++c.start[upper[u] + 1];
+    for (uint32_t k = 0; k < 65536; ++k) c.start[k + 1] += c.start[k];
+    std::vector<uint32_t> fill(c.start.begin(), c.start.end() - 1);
+    for (uint32_t u = 0; u < 65536; ++u) c.units[fill[upper[u]]++] = static_cast<char16_t>(u);
+    return c;
+  }();
+  *count = static_cast<int>(classes.start[key + 1] - classes.start[key]);
+  return classes.units.data() + classes.start[key];
+}
+
+// ---- Literal ----------------------------------------------------------------------------------------------
+
+void Literal::Prepare(const std::u16string& text, bool matchCase) {
+  text_ = text;
+  matchCase_ = matchCase;
+  vector_ = fold_ = false;
+  a_ = b_ = 0;
+  const int64_t m = Size();
+  const auto cap = [](int64_t v) { return static_cast<uint16_t>(std::min<int64_t>(v, 65535)); };
+  std::fill(std::begin(nextShift_), std::end(nextShift_), cap(m));
+  std::fill(std::begin(backShift_), std::end(backShift_), cap(m));
+  if (m == 0) return;
+  // The units text_[k] stands for: itself, or all its forms when the case does not count.
+  auto formsOf = [&](int64_t k, char16_t* one, int* count) -> const char16_t* {
+    if (matchCase_) {
+      *one = text_[static_cast<size_t>(k)];
+      *count = 1;
+      return one;
+    }
+    return FormsOf(text_[static_cast<size_t>(k)], count);
+  };
+  // Horspool tables: the smallest distance wins, so later (forwards) or earlier (backwards) units
+  // overwrite.
+  char16_t one = 0;
+  int count = 0;
+  for (int64_t k = 0; k + 1 < m; ++k) {
+    const char16_t* f = formsOf(k, &one, &count);
+    for (int i = 0; i < count; ++i) nextShift_[f[i] & 255] = cap(m - 1 - k);
+  }
+  for (int64_t k = m - 1; k >= 1; --k) {
+    const char16_t* f = formsOf(k, &one, &count);
+    for (int i = 0; i < count; ++i) backShift_[f[i] & 255] = cap(k);
+  }
+  // The pair: units whose forms the vector code can compare as one (one form, or two differing in a
+  // single bit). The first such unit, and the last one that differs from it.
+  auto usable = [&](int64_t k, char16_t* key, char16_t* bit) {
+    const char16_t* f = formsOf(k, &one, &count);
+    if (count == 1 || count == 0) {
+      *key = count ? f[0] : text_[static_cast<size_t>(k)];
+      *bit = 0;
+      return true;
+    }
+    if (count != 2) return false;
+    const auto diff = static_cast<char16_t>(f[0] ^ f[1]);
+    if ((diff & (diff - 1)) != 0) return false;
+    *key = static_cast<char16_t>(f[0] | diff);
+    *bit = diff;
+    return true;
+  };
+  int64_t first = -1, last = -1;
+  char16_t key = 0, bit = 0;
+  for (int64_t k = 0; k < m && first < 0; ++k)
+    if (usable(k, &key, &bit)) first = k;
+  if (first < 0) return;
+  for (int64_t k = m - 1; k > first && last < 0; --k)
+    if (usable(k, &key, &bit) && text_[static_cast<size_t>(k)] != text_[static_cast<size_t>(first)]) last = k;
+  if (last < 0) last = first;
+  a_ = first;
+  b_ = last;
+  usable(a_, &aKey_, &aBit_);
+  usable(b_, &bKey_, &bBit_);
+  fold_ = (aBit_ | bBit_) != 0;
+#if defined(__SSE2__)
+  vector_ = true;
+#endif
+}
+
+bool Literal::Same(const char16_t* p) const {
+  const size_t m = text_.size();
+  if (matchCase_) return std::memcmp(p, text_.data(), m * sizeof(char16_t)) == 0;
+  const char16_t* upper = UpperTable();
+  for (size_t i = 0; i < m; ++i)
+    if (upper[p[i]] != text_[i]) return false;
+  return true;
+}
+
+template <bool Blind>
+int64_t Literal::FirstHorspool(const char16_t* p, int64_t n) const {
+  const int64_t m = Size();
+  const char16_t* upper = UpperTable();
+  const char16_t lastUnit = text_.back();
+  for (int64_t s = 0; s + m <= n;) {
+    const char16_t u = p[s + m - 1];
+    if ((Blind ? upper[u] : u) == lastUnit && Same(p + s)) return s;
+    s += nextShift_[u & 255];
+  }
+  return -1;
+}
+
+template <bool Blind>
+int64_t Literal::LastHorspool(const char16_t* p, int64_t n) const {
+  const int64_t m = Size();
+  const char16_t* upper = UpperTable();
+  const char16_t firstUnit = text_.front();
+  for (int64_t s = n - m; s >= 0;) {
+    const char16_t u = p[s];
+    if ((Blind ? upper[u] : u) == firstUnit && Same(p + s)) return s;
+    s -= backShift_[u & 255];
+  }
+  return -1;
+}
+
+int64_t Literal::FindFirstScalar(const char16_t* p, int64_t n) const {
+  if (text_.empty()) return -1;
+  return matchCase_ ? FirstHorspool<false>(p, n) : FirstHorspool<true>(p, n);
+}
+
+int64_t Literal::FindLastScalar(const char16_t* p, int64_t n) const {
+  if (text_.empty()) return -1;
+  return matchCase_ ? LastHorspool<false>(p, n) : LastHorspool<true>(p, n);
+}
+
+#if defined(__SSE2__)
+namespace {
+
+// Per 16-bit lane: whether the unit is a form of the pair unit (key, bit).
+template <bool Fold>
+inline __m128i Forms(const char16_t* p, __m128i key, __m128i bit) {
+  __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  if constexpr (Fold) x = _mm_or_si128(x, bit);
+  return _mm_cmpeq_epi16(x, key);
+}
+
+}  // namespace
+
+// Candidates s .. s + 31 at once: lanes where both pair units agree. Most blocks hold none, so the
+// four comparisons are merged before the one test; only then is a bit mask (bit i: start s + i) made.
+#define KW_PAIR_BLOCK(pa, pb)                                                                                   \
+  const __m128i e0 = _mm_and_si128(Forms<Fold>(pa, ka, ba), Forms<Fold>(pb, kb, bb));                         \
+  const __m128i e1 = _mm_and_si128(Forms<Fold>((pa) + 8, ka, ba), Forms<Fold>((pb) + 8, kb, bb));             \
+  const __m128i e2 = _mm_and_si128(Forms<Fold>((pa) + 16, ka, ba), Forms<Fold>((pb) + 16, kb, bb));           \
+  const __m128i e3 = _mm_and_si128(Forms<Fold>((pa) + 24, ka, ba), Forms<Fold>((pb) + 24, kb, bb));           \
+  const __m128i any = _mm_or_si128(_mm_or_si128(e0, e1), _mm_or_si128(e2, e3))
+
+template <bool Fold>
+int64_t Literal::FirstVector(const char16_t* p, int64_t n) const {
+  const int64_t m = Size();
+  const int64_t lastStart = n - m;
+  const __m128i ka = _mm_set1_epi16(static_cast<short>(aKey_)), ba = _mm_set1_epi16(static_cast<short>(aBit_));
+  const __m128i kb = _mm_set1_epi16(static_cast<short>(bKey_)), bb = _mm_set1_epi16(static_cast<short>(bBit_));
+  int64_t s = 0;
+  for (; s + 31 <= lastStart; s += 32) {
+    KW_PAIR_BLOCK(p + s + a_, p + s + b_);
+    if (_mm_movemask_epi8(any) == 0) continue;
+    auto mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(e0, e1))) |
+                (static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(e2, e3))) << 16);
+    while (mask) {
+      const int64_t i = s + __builtin_ctz(mask);
+      if (Same(p + i)) return i;
+      mask &= mask - 1;
+    }
+  }
+  for (; s <= lastStart; ++s)
+    if (Same(p + s)) return s;
+  return -1;
+}
+
+template <bool Fold>
+int64_t Literal::LastVector(const char16_t* p, int64_t n) const {
+  const int64_t m = Size();
+  const __m128i ka = _mm_set1_epi16(static_cast<short>(aKey_)), ba = _mm_set1_epi16(static_cast<short>(aBit_));
+  const __m128i kb = _mm_set1_epi16(static_cast<short>(bKey_)), bb = _mm_set1_epi16(static_cast<short>(bBit_));
+  int64_t top = n - m;  // the highest start still to look at
+  for (; top >= 31; top -= 32) {
+    const int64_t s = top - 31;
+    KW_PAIR_BLOCK(p + s + a_, p + s + b_);
+    if (_mm_movemask_epi8(any) == 0) continue;
+    auto mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(e0, e1))) |
+                (static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(e2, e3))) << 16);
+    while (mask) {
+      const int bitIndex = 31 - __builtin_clz(mask);
+      if (Same(p + s + bitIndex)) return s + bitIndex;
+      mask &= ~(uint32_t{1} << bitIndex);
+    }
+  }
+  for (; top >= 0; --top)
+    if (Same(p + top)) return top;
+  return -1;
+}
+#undef KW_PAIR_BLOCK
+#endif
+
+int64_t Literal::FindFirst(const char16_t* p, int64_t n) const {
+#if defined(__SSE2__)
+  if (vector_ && n >= Size()) return fold_ ? FirstVector<true>(p, n) : FirstVector<false>(p, n);
+#endif
+  return FindFirstScalar(p, n);
+}
+
+int64_t Literal::FindLast(const char16_t* p, int64_t n) const {
+#if defined(__SSE2__)
+  if (vector_ && n >= Size()) return fold_ ? LastVector<true>(p, n) : LastVector<false>(p, n);
+#endif
+  return FindLastScalar(p, n);
+}
+
+// ---- UnitSet ----------------------------------------------------------------------------------------------
+
 void UnitSet::Add(char16_t u) {
   if (Contains(u)) return;
   bits_[u >> 6] |= uint64_t{1} << (u & 63);
@@ -128,10 +345,24 @@ bool Patterns::Prepare(const std::vector<std::u16string>& alternatives, int case
       last.Add(l);
       continue;
     }
-    for (uint32_t u = 0; u < 65536; ++u) {
-      if (upper[u] == f) first.Add(static_cast<char16_t>(u));
-      if (upper[u] == l) last.Add(static_cast<char16_t>(u));
-    }
+    int count = 0;
+    const char16_t* forms = FormsOf(f, &count);
+    for (int i = 0; i < count; ++i) first.Add(forms[i]);
+    forms = FormsOf(l, &count);
+    for (int i = 0; i < count; ++i) last.Add(forms[i]);
+  }
+  lead.Prepare(std::u16string(), true);
+  if (texts.size() == 1 && !wildcards) {
+    lead.Prepare(texts[0], matchCase);
+  } else if (texts.size() == 1) {
+    // Joker upper-cases the (already upper-cased) pattern once more; the lead compares the same way.
+    const std::u16string& t = texts[0];
+    size_t from = t.find_first_not_of(u'*');
+    if (from == std::u16string::npos) from = t.size();
+    std::u16string start = t.substr(from, t.find_first_of(u"?*", from) - from);
+    if (!matchCase)
+      for (char16_t& u : start) u = upper[u];
+    lead.Prepare(start, matchCase);
   }
   return true;
 }

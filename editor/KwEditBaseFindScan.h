@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,58 @@ namespace kw::findscan {
 
 // ToUpper of every unit, built once. Case-blind comparison is one table load per unit.
 const char16_t* UpperTable();
+
+// The units that upper-case to `key` (its forms when the case does not count): `*count` of them at the
+// returned address. Built once for all units.
+const char16_t* FormsOf(char16_t key, int* count);
+
+// One literal search text and the kernel that finds it in a run of units. Two units of the text (the
+// pair: normally its first and its last) are compared at once for 32 candidate positions with vector
+// code, and only where both agree is the whole text compared. When the case does not count, a pair
+// unit stands for all its forms; two forms that differ in one bit (as every upper/lower pair does)
+// are compared as one by setting that bit in the text unit first. A text without such a pair, and
+// builds without SSE2, use the portable kernel: Horspool with a 256-entry shift table on the low byte.
+class Literal {
+ public:
+  // `text` as compared: already upper-cased when the case does not count. An empty text never matches.
+  void Prepare(const std::u16string& text, bool matchCase);
+  int64_t Size() const { return static_cast<int64_t>(text_.size()); }
+  const char16_t* Data() const { return text_.data(); }
+  bool Vectored() const { return vector_; }
+  // Start of the first (FindFirst) or the last (FindLast) occurrence lying wholly inside p[0, n); -1
+  // when there is none.
+  int64_t FindFirst(const char16_t* p, int64_t n) const;
+  int64_t FindLast(const char16_t* p, int64_t n) const;
+  // The portable kernel, callable on every build.
+  int64_t FindFirstScalar(const char16_t* p, int64_t n) const;
+  int64_t FindLastScalar(const char16_t* p, int64_t n) const;
+  // Whether the whole text lies at p (Size() units readable).
+  bool Same(const char16_t* p) const;
+
+ private:
+  template <bool Blind>
+  int64_t FirstHorspool(const char16_t* p, int64_t n) const;
+  template <bool Blind>
+  int64_t LastHorspool(const char16_t* p, int64_t n) const;
+#if defined(__SSE2__)
+  template <bool Fold>
+  int64_t FirstVector(const char16_t* p, int64_t n) const;
+  template <bool Fold>
+  int64_t LastVector(const char16_t* p, int64_t n) const;
+#endif
+
+  std::u16string text_;
+  bool matchCase_ = true;
+  bool vector_ = false;
+  bool fold_ = false;                 // some pair unit has two forms
+  int64_t a_ = 0, b_ = 0;             // offsets of the pair, a_ <= b_
+  char16_t aKey_ = 0, aBit_ = 0;      // a unit u is a form of text_[a_] when (u | aBit_) == aKey_
+  char16_t bKey_ = 0, bBit_ = 0;
+  // Horspool: how far the window may move for the low byte of the unit under the text's last unit
+  // (forwards) or under its first unit (backwards).
+  uint16_t nextShift_[256] = {};
+  uint16_t backShift_[256] = {};
+};
 
 // A set of units looked for: up to four are compared directly (vector code), more through a bit map.
 class UnitSet {
@@ -41,6 +94,9 @@ struct Patterns {
   int64_t shortest = 0, longest = 0;
   UnitSet first;                      // units of the text that can start a literal match
   UnitSet last;                       // units that can end one
+  // With one alternative: its literal start (the whole text, or with wildcards the units before the
+  // first "?" or "*", leading "*" skipped), which every match begins with; empty when there is none.
+  Literal lead;
 
   // `texts` with cumulative `ends`, `count` alternatives. False when an alternative is empty.
   bool Prepare(const char16_t* all, const int64_t* ends, int64_t count, int caseFlag, int wildcardFlag);
