@@ -11,27 +11,9 @@
 
 namespace {
 
-struct KwRun {
-  int code;
-  std::string out;
-};
-
 class KwProgramApp : public kwtest::PlatformTest {
  protected:
-  // Runs kw in the temporary folder, with the user's settings folder there too.
-  KwRun Kw(const std::string& args) const {
-    const std::string command = "cd '" + dir_.string() + "' && XDG_CONFIG_HOME='" + dir_.string() + "/config' " +
-                                KW_BINARY + " " + args + " 2>&1 </dev/null";
-    KwRun run{-1, {}};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buffer[4096];
-    size_t n;
-    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-    const int status = pclose(pipe);
-    run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-  }
+  KwRun Kw(const std::string& args) const { return RunKw(args, true); }
   std::string Recorder() const { return ReadBytes(dir_ / "AUTO.REC"); }
 };
 

@@ -13,23 +13,10 @@
 
 namespace {
 
-struct Result {
-  int exit;
-  std::string out;
-  std::string err;
-};
-
 class KwList : public kwtest::PlatformTest {
  protected:
   static std::string Points() { return std::string(KW_SOURCE_DIR) + "/samples/points.csv"; }
-  static std::string Quote(const std::string& s) { return "'" + s + "'"; }
-
-  Result Kw(const std::string& args) {
-    const std::string out = Temp("stdout").string(), err = Temp("stderr").string();
-    const std::string command = Quote(KW_BINARY) + " list " + args + " >" + Quote(out) + " 2>" + Quote(err);
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadBytes(out), ReadBytes(err)};
-  }
+  KwRun Kw(const std::string& args) { return RunKw("list " + args); }
   static std::vector<std::string> Lines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream in(text);
@@ -45,8 +32,8 @@ class KwList : public kwtest::PlatformTest {
 };
 
 TEST_F(KwList, SortsTheSampleByHeightWithEmptyCellsFirst) {
-  const Result r = Kw(Quote(Points()) + " --header --type 4=number --sort 4");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Points()) + " --header --type 4=number --sort 4");
+  ASSERT_EQ(r.code, 0) << r.err;
   const auto lines = Lines(r.out);
   ASSERT_EQ(lines.size(), 28u);  // heading, rule, 26 points
   EXPECT_EQ(lines[0].substr(0, 5), "Punkt");
@@ -61,27 +48,27 @@ TEST_F(KwList, SortsTheSampleByHeightWithEmptyCellsFirst) {
   // Numbers are right-aligned: every row's height ends in the same column.
   EXPECT_EQ(lines[6].find("98,509") + 6, lines[27].find("114,328") + 7);
 
-  const Result down = Kw(Quote(Points()) + " --header --type 4=number --sort 4,desc");
-  ASSERT_EQ(down.exit, 0) << down.err;
+  const KwRun down = Kw(Quote(Points()) + " --header --type 4=number --sort 4,desc");
+  ASSERT_EQ(down.code, 0) << down.err;
   EXPECT_EQ(FirstWords(down.out)[2], "1000");
   EXPECT_EQ(FirstWords(down.out)[23], "2022");
 }
 
 TEST_F(KwList, FiltersAndDateSortsCombine) {
-  const Result r = Kw(Quote(Points()) + " --header --type 6=date:%d.%m.%Y --sort 6 --filter '5=GP;FP' --filter '4=100,105'");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Points()) + " --header --type 6=date:%d.%m.%Y --sort 6 --filter '5=GP;FP' --filter '4=100,105'");
+  ASSERT_EQ(r.code, 0) << r.err;
   const auto words = FirstWords(r.out);
   // GP or FP, height 100 to 105, by date: 1021 (17.08.2023), 1105 (12.10.2023), 2021 (25.01.2024),
   // 1028 (25.12.2024).
   EXPECT_EQ(words, (std::vector<std::string>{"Punkt", "-----", "1021", "1105", "2021", "1028"}));
-  const Result wild = Kw(Quote(Points()) + " --filter '7=*Müller' --sort 1");
-  ASSERT_EQ(wild.exit, 0) << wild.err;
+  const KwRun wild = Kw(Quote(Points()) + " --filter '7=*Müller' --sort 1");
+  ASSERT_EQ(wild.code, 0) << wild.err;
   EXPECT_EQ(FirstWords(wild.out), (std::vector<std::string>{"1028", "1049", "1091", "2019", "2020", "2022"}));
 }
 
 TEST_F(KwList, WidthsCutTheColumns) {
-  const Result r = Kw(Quote(Points()) + " --sort 1 --widths '0|32|8|8|8|8|8|8|'");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Points()) + " --sort 1 --widths '0|32|8|8|8|8|8|8|'");
+  ASSERT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(Lines(r.out)[0], "1000  5  5  1  B  0  a");
 }
 
@@ -91,13 +78,13 @@ TEST_F(KwList, ReadsOtherEncodingsAndSeparators) {
   std::string bytes;
   for (const char16_t c : text) bytes += static_cast<char>(c & 0xFF), bytes += static_cast<char>(c >> 8);
   WriteBytes(Temp("tabs.txt"), bytes);
-  const Result r = Kw(Quote(Temp("tabs.txt").string()) + " --sort 1");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Temp("tabs.txt").string()) + " --sort 1");
+  ASSERT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "Aachen   1\n\xc3\x84gypten  2\nZ\xc3\xbcrich   3\n");
   // An ANSI file with "|" given as the separator.
   WriteBytes(Temp("bar.txt"), "b|\xe4\r\na|x\r\n");
-  const Result bar = Kw(Quote(Temp("bar.txt").string()) + " --separator '|' --sort 1,desc");
-  ASSERT_EQ(bar.exit, 0) << bar.err;
+  const KwRun bar = Kw(Quote(Temp("bar.txt").string()) + " --separator '|' --sort 1,desc");
+  ASSERT_EQ(bar.code, 0) << bar.err;
   EXPECT_EQ(bar.out, "b  \xc3\xa4\na  x\n");
 }
 
@@ -121,8 +108,8 @@ TEST_F(KwList, BadInputEndsWithAClearMessage) {
       {p + " --separator ab", "--separator wants one character"},
   };
   for (const auto& c : cases) {
-    const Result r = Kw(c.args);
-    EXPECT_NE(r.exit, 0) << c.args;
+    const KwRun r = Kw(c.args);
+    EXPECT_NE(r.code, 0) << c.args;
     EXPECT_NE(r.err.find(c.message), std::string::npos) << c.args << ": " << r.err;
     EXPECT_TRUE(r.out.empty()) << c.args;
   }

@@ -4,7 +4,10 @@
 #include <random>
 #include <sstream>
 
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 namespace kwtest {
 namespace {
@@ -52,6 +55,29 @@ std::string PlatformTest::ReadBytes(const std::filesystem::path& path) {
   std::ostringstream s;
   s << in.rdbuf();
   return s.str();
+}
+
+std::string PlatformTest::Quote(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+std::string PlatformTest::Sample(const std::string& name) { return std::string(KW_SOURCE_DIR) + "/samples/" + name; }
+
+PlatformTest::KwRun PlatformTest::RunKw(const std::string& args, bool mergeErr) const {
+  const std::string out = (dir_ / ".kw-stdout").string(), err = (dir_ / ".kw-stderr").string();
+  const std::string command = "cd " + Quote(dir_.string()) + " && XDG_CONFIG_HOME=" + Quote((dir_ / "config").string()) +
+                              " " + Quote(KW_BINARY) + " " + args + " </dev/null >" + Quote(out) +
+                              (mergeErr ? " 2>&1" : " 2>" + Quote(err));
+  const int status = std::system(command.c_str());
+  KwRun run;
+  run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  run.out = ReadBytes(out);
+  if (!mergeErr) run.err = ReadBytes(err);
+  std::filesystem::remove(out);
+  std::filesystem::remove(err);
+  return run;
 }
 
 }  // namespace kwtest

@@ -43,6 +43,18 @@ class PlatformTest : public ::testing::Test {
   static void WriteBytes(const std::filesystem::path& path, const std::string& bytes);
   static std::string ReadBytes(const std::filesystem::path& path);
 
+  // A run of the kw program: exit code, standard output, standard error.
+  struct KwRun {
+    int code = -1;
+    std::string out;
+    std::string err;
+  };
+  // Runs `kw ARGS` through the shell (quote names with Quote) in the temporary folder, with the user's
+  // settings there too and an empty standard input. `mergeErr` sends standard error into `out`, in order.
+  KwRun RunKw(const std::string& args, bool mergeErr = false) const;
+  static std::string Sample(const std::string& name);  // the path of samples/NAME
+  static std::string Quote(const std::string& text);   // single-quoted for the shell
+
   kw::ScriptedPlatform platform_;
   kw::ScopedPlatform scope_{platform_};
   AssertionRecorder asserts_;

@@ -9,27 +9,11 @@
 
 namespace {
 
-struct KwRun {
-  int code;
-  std::string out;
+class KwIni : public kwtest::PlatformTest {
+ protected:
+  KwRun Kw(const std::string& args) const { return RunKw(args, true); }
+  static std::string Sample(const std::string& name) { return PlatformTest::Sample("ini/" + name); }
 };
-
-KwRun Kw(const std::string& args) {
-  const std::string command = std::string(KW_BINARY) + " " + args + " 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  KwRun run{-1, {}};
-  if (pipe == nullptr) return run;
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-  const int status = pclose(pipe);
-  run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
-}
-
-std::string Sample(const std::string& name) { return std::string(KW_SOURCE_DIR) + "/samples/ini/" + name; }
-
-class KwIni : public kwtest::PlatformTest {};
 
 TEST_F(KwIni, ListMarksTheVisibleSectionAmongScopes) {
   const KwRun run = Kw("ini list " + Sample("GLOBAL.INI") + " " + Sample("CONFIG.INI"));

@@ -15,23 +15,9 @@
 
 namespace {
 
-struct Result {
-  int exit;
-  std::string out;
-  std::string err;
-};
-
 class KwSort : public kwtest::PlatformTest {
  protected:
-  static std::string Sample(const std::string& name) { return std::string(KW_SOURCE_DIR) + "/samples/" + name; }
-  static std::string Quote(const std::string& s) { return "'" + s + "'"; }
-
-  Result Kw(const std::string& args) {
-    const std::string out = Temp("stdout").string(), err = Temp("stderr").string();
-    const std::string command = Quote(KW_BINARY) + " sort " + args + " >" + Quote(out) + " 2>" + Quote(err);
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadBytes(out), ReadBytes(err)};
-  }
+  KwRun Kw(const std::string& args) { return RunKw("sort " + args); }
 
   // The lines of a file as the library reads them (encoding from the mark unless given).
   static std::vector<std::u16string> Lines(const std::string& path, int encoding = -1) {
@@ -45,8 +31,8 @@ class KwSort : public kwtest::PlatformTest {
   // Sorts a small UTF-8 file (no mark: read as ANSI, which keeps these ASCII lines) and returns stdout.
   std::string SortText(const std::string& text, const std::string& options) {
     WriteBytes(Temp("in.txt"), text);
-    const Result r = Kw(Quote(Temp("in.txt").string()) + " " + options);
-    EXPECT_EQ(r.exit, 0) << r.err;
+    const KwRun r = Kw(Quote(Temp("in.txt").string()) + " " + options);
+    EXPECT_EQ(r.code, 0) << r.err;
     return r.out;
   }
 };
@@ -70,8 +56,8 @@ TEST_F(KwSort, SortsTheSamplesInEveryEncoding) {
   std::vector<std::u16string> first;
   for (const SampleCase& c : kSamples) {
     const std::string out = Temp(std::string("sorted-") + c.file).string();
-    const Result r = Kw(Quote(Sample(c.file)) + " " + c.option + " -o " + Quote(out));
-    ASSERT_EQ(r.exit, 0) << c.file << ": " << r.err;
+    const KwRun r = Kw(Quote(Sample(c.file)) + " " + c.option + " -o " + Quote(out));
+    ASSERT_EQ(r.code, 0) << c.file << ": " << r.err;
     const std::string bytes = ReadBytes(out);
     EXPECT_EQ(bytes.compare(0, std::string(c.mark).size(), c.mark), 0) << c.file;  // the mark is kept
     EXPECT_EQ(bytes.size(), ReadBytes(Sample(c.file)).size()) << c.file;  // same lines, same CR LF ends
@@ -86,8 +72,8 @@ TEST_F(KwSort, SortsTheSamplesInEveryEncoding) {
     EXPECT_EQ(sorted, first) << c.file;
   }
   // Standard output gets the same bytes as -o, mark included.
-  const Result r = Kw(Quote(Sample("german-utf16le.txt")));
-  EXPECT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Sample("german-utf16le.txt")));
+  EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, ReadBytes(Temp("sorted-german-utf16le.txt")));
 }
 
@@ -133,8 +119,8 @@ TEST_F(KwSort, LargeFilesEqualAStableSortByStrCompare) {
     lines.push_back(kw::GetGenericString(line));
   }
   WriteBytes(Temp("big.txt"), text);
-  const Result r = Kw(Quote(Temp("big.txt").string()) + " -o " + Quote(Temp("big.out").string()));
-  ASSERT_EQ(r.exit, 0) << r.err;
+  const KwRun r = Kw(Quote(Temp("big.txt").string()) + " -o " + Quote(Temp("big.out").string()));
+  ASSERT_EQ(r.code, 0) << r.err;
   std::stable_sort(lines.begin(), lines.end(), [](const auto& a, const auto& b) { return kw::StrCompare(a, b, 0, 0, 0) < 0; });
   EXPECT_EQ(Lines(Temp("big.out").string(), 0), lines);
 }
@@ -142,13 +128,13 @@ TEST_F(KwSort, LargeFilesEqualAStableSortByStrCompare) {
 TEST_F(KwSort, BadArguments) {
   WriteBytes(Temp("in.txt"), "a\n");
   const std::string in = Quote(Temp("in.txt").string());
-  EXPECT_EQ(Kw(in + " --column 0-3").exit, 2);
-  EXPECT_EQ(Kw(in + " --column 5-3").exit, 2);
-  EXPECT_EQ(Kw(in + " --encoding latin9").exit, 2);
-  EXPECT_EQ(Kw(in + " --bogus").exit, 2);
-  EXPECT_EQ(Kw("").exit, 2);
-  const Result missing = Kw(Quote(Temp("missing.txt").string()));
-  EXPECT_EQ(missing.exit, 1);
+  EXPECT_EQ(Kw(in + " --column 0-3").code, 2);
+  EXPECT_EQ(Kw(in + " --column 5-3").code, 2);
+  EXPECT_EQ(Kw(in + " --encoding latin9").code, 2);
+  EXPECT_EQ(Kw(in + " --bogus").code, 2);
+  EXPECT_EQ(Kw("").code, 2);
+  const KwRun missing = Kw(Quote(Temp("missing.txt").string()));
+  EXPECT_EQ(missing.code, 1);
   EXPECT_NE(missing.err.find("cannot open"), std::string::npos);
 }
 
