@@ -18,6 +18,7 @@
 #include "platform/ConsolePlatform.h"
 #include "platform/ScriptedPlatform.h"
 #include "platform/ListControl.h"
+#include "platform/Memory.h"
 
 #include "app/StringTable.h"
 #include "app/QueryBox.h"

@@ -11,6 +11,7 @@
 #include "base/Assert.h"
 #include "editor/KwEditBaseScan.h"
 #include "editor/KwEditUndo.h"
+#include "platform/Memory.h"
 #include "platform/Platform.h"
 
 namespace kw {
@@ -78,7 +79,7 @@ tagTEXTDESC* KwEditBase::NewElement(int64_t length) {
   if (capacity > UINT32_MAX) return nullptr;
   auto* chunk = new (std::nothrow) tagTEXTDESC;
   if (chunk == nullptr) return nullptr;
-  chunk->text = new (std::nothrow) char16_t[static_cast<size_t>(capacity)];
+  chunk->text = static_cast<char16_t*>(AllocateTextBuffer(static_cast<size_t>(capacity) * sizeof(char16_t)));
   if (chunk->text == nullptr) {
     delete chunk;
     return nullptr;
@@ -86,6 +87,11 @@ tagTEXTDESC* KwEditBase::NewElement(int64_t length) {
   chunk->capacity = static_cast<uint32_t>(capacity);
   chunk->used = static_cast<uint32_t>(length);
   return chunk;
+}
+
+void KwEditBase::FreeText(tagTEXTDESC* chunk) {
+  FreeTextBuffer(chunk->text);
+  chunk->text = nullptr;
 }
 
 void KwEditBase::FirstElement() {
@@ -107,7 +113,7 @@ void KwEditBase::RemoveElement(tagTEXTDESC* chunk) {
   if (chunk->next) chunk->next->prev = chunk->prev;
   if (m_Head == chunk) m_Head = chunk->next;
   if (m_Cache.chunk == chunk) ResetCache();
-  delete[] chunk->text;
+  FreeText(chunk);
   delete chunk;
 }
 
@@ -115,7 +121,7 @@ void KwEditBase::FreeTextList() {
   tagTEXTDESC* c = m_Head;
   while (c) {
     tagTEXTDESC* next = c->next;
-    delete[] c->text;
+    FreeText(c);
     delete c;
     c = next;
   }
@@ -521,7 +527,7 @@ int64_t KwEditBase::InsertUnits(Index start, const char16_t* text, int64_t lengt
       std::memcpy(grown->text, c->text, static_cast<size_t>(off) * sizeof(char16_t));
       fill(grown->text + off, 0, length);
       std::memcpy(grown->text + off + length, c->text + off, static_cast<size_t>(used - off) * sizeof(char16_t));
-      delete[] c->text;
+      FreeText(c);
       c->text = grown->text;
       c->capacity = grown->capacity;
       c->used = static_cast<uint32_t>(used + length);

@@ -39,7 +39,7 @@ using Index = int64_t;  // a character index into the whole stream
 struct tagTEXTDESC {
   tagTEXTDESC* next = nullptr;  // following chunk, null at the end
   tagTEXTDESC* prev = nullptr;  // preceding chunk, null at the head
-  char16_t* text = nullptr;     // owned by the chunk, `capacity` units
+  char16_t* text = nullptr;     // owned by the chunk, `capacity` units (platform/Memory.h buffers)
   uint32_t capacity = 0;        // invariant: used <= capacity
   uint32_t used = 0;            // units of text[] that hold text
   // Added beside the chunk: the number of end-of-line characters in text[0, used). It lets the line
@@ -469,6 +469,8 @@ class KwEditBase {
 
   // Chunks.
   tagTEXTDESC* NewElement(int64_t length);  // null on allocation failure
+  // Frees the chunk's text (from AllocateTextBuffer, never delete[]) and leaves it null.
+  void FreeText(tagTEXTDESC* chunk);
   void FirstElement();
   void RemoveElement(tagTEXTDESC* chunk);
   void FreeTextList();

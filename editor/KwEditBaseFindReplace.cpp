@@ -264,7 +264,7 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
         from = off + splices[k].removed;
       }
       std::memcpy(dst, c->text + from, static_cast<size_t>(used - from) * sizeof(char16_t));
-      delete[] c->text;
+      FreeText(c);
       c->text = fresh->text;
       c->capacity = fresh->capacity;
       c->used = static_cast<uint32_t>(newUsed);
