@@ -14,6 +14,7 @@
 #include "base/KwFile.h"
 #include "editor/KwEditBase.h"
 #include "editor/KwEditUndo.h"
+#include "platform/Memory.h"
 #include "platform/Platform.h"
 
 namespace kw {
@@ -130,11 +131,16 @@ int KwEditBase::ReadBlocks(const std::u16string& name, int mode, KwProgress* pro
     tagTEXTDESC* chunk = first && mode != 2 ? m_Head : NewElement(m_ChunkUnits);
     if (chunk == nullptr) break;  // out of memory: keep what was read
     if (chunk->capacity < m_ChunkUnits) break;
+    // Where the system gives no huge page, a fresh chunk takes one page fault per 4 KB at its first
+    // writes, and on a big file those cost more than the decoding: while at least a block of the file
+    // is left, the chunk's pages are asked for in one call.
+    if (size - read * unitBytes >= m_ChunkUnits * unitBytes)
+      PrefaultForWriting(chunk->text, static_cast<size_t>(m_ChunkUnits) * sizeof(char16_t));
     const int64_t n = ReadFull(file, chunk->text, m_ChunkUnits);
     chunk->used = static_cast<uint32_t>(n);
     if (chunk != m_Head) {
       if (n == 0) {
-        delete[] chunk->text;
+        FreeText(chunk);
         delete chunk;
         break;
       }
