@@ -6,6 +6,10 @@
 
 #include "base/Text.h"
 
+#if KW_FIND_AVX2
+#include <immintrin.h>
+#endif
+
 namespace kw::findscan {
 
 const char16_t* UpperTable() {
@@ -138,16 +142,6 @@ int64_t Literal::LastHorspool(const char16_t* p, int64_t n) const {
   return -1;
 }
 
-int64_t Literal::FindFirstScalar(const char16_t* p, int64_t n) const {
-  if (text_.empty()) return -1;
-  return matchCase_ ? FirstHorspool<false>(p, n) : FirstHorspool<true>(p, n);
-}
-
-int64_t Literal::FindLastScalar(const char16_t* p, int64_t n) const {
-  if (text_.empty()) return -1;
-  return matchCase_ ? LastHorspool<false>(p, n) : LastHorspool<true>(p, n);
-}
-
 #if defined(__SSE2__)
 namespace {
 
@@ -218,18 +212,131 @@ int64_t Literal::LastVector(const char16_t* p, int64_t n) const {
 #undef KW_PAIR_BLOCK
 #endif
 
-int64_t Literal::FindFirst(const char16_t* p, int64_t n) const {
-#if defined(__SSE2__)
-  if (vector_ && n >= Size()) return fold_ ? FirstVector<true>(p, n) : FirstVector<false>(p, n);
-#endif
-  return FindFirstScalar(p, n);
+#if KW_FIND_AVX2
+namespace {
+
+template <bool Fold>
+__attribute__((target("avx2"))) inline __m256i Forms256(const char16_t* p, __m256i key, __m256i bit) {
+  __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+  if constexpr (Fold) x = _mm256_or_si256(x, bit);
+  return _mm256_cmpeq_epi16(x, key);
 }
 
-int64_t Literal::FindLast(const char16_t* p, int64_t n) const {
-#if defined(__SSE2__)
-  if (vector_ && n >= Size()) return fold_ ? LastVector<true>(p, n) : LastVector<false>(p, n);
+// Bit i set when lane i of e0:e1 (32 lanes) is set. The pack works per 128-bit half; the permute
+// puts the halves back in order.
+__attribute__((target("avx2"))) inline uint32_t Lanes256(__m256i e0, __m256i e1) {
+  return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(e0, e1), 0xD8)));
+}
+
+}  // namespace
+
+#define KW_PAIR_BLOCK256(pa, pb)                                                                                \
+  const __m256i e0 = _mm256_and_si256(Forms256<Fold>(pa, ka, ba), Forms256<Fold>(pb, kb, bb));                \
+  const __m256i e1 = _mm256_and_si256(Forms256<Fold>((pa) + 16, ka, ba), Forms256<Fold>((pb) + 16, kb, bb))
+
+template <bool Fold>
+__attribute__((target("avx2"))) int64_t Literal::FirstAvx2(const char16_t* p, int64_t n) const {
+  const int64_t lastStart = n - Size();
+  const __m256i ka = _mm256_set1_epi16(static_cast<short>(aKey_)), ba = _mm256_set1_epi16(static_cast<short>(aBit_));
+  const __m256i kb = _mm256_set1_epi16(static_cast<short>(bKey_)), bb = _mm256_set1_epi16(static_cast<short>(bBit_));
+  int64_t s = 0;
+  for (; s + 31 <= lastStart; s += 32) {
+    KW_PAIR_BLOCK256(p + s + a_, p + s + b_);
+    const __m256i any = _mm256_or_si256(e0, e1);
+    if (_mm256_testz_si256(any, any)) continue;
+    for (uint32_t mask = Lanes256(e0, e1); mask; mask &= mask - 1) {
+      const int64_t i = s + __builtin_ctz(mask);
+      if (Same(p + i)) return i;
+    }
+  }
+  for (; s <= lastStart; ++s)
+    if (Same(p + s)) return s;
+  return -1;
+}
+
+template <bool Fold>
+__attribute__((target("avx2"))) int64_t Literal::LastAvx2(const char16_t* p, int64_t n) const {
+  const __m256i ka = _mm256_set1_epi16(static_cast<short>(aKey_)), ba = _mm256_set1_epi16(static_cast<short>(aBit_));
+  const __m256i kb = _mm256_set1_epi16(static_cast<short>(bKey_)), bb = _mm256_set1_epi16(static_cast<short>(bBit_));
+  int64_t top = n - Size();
+  for (; top >= 31; top -= 32) {
+    const int64_t s = top - 31;
+    KW_PAIR_BLOCK256(p + s + a_, p + s + b_);
+    const __m256i any = _mm256_or_si256(e0, e1);
+    if (_mm256_testz_si256(any, any)) continue;
+    for (uint32_t mask = Lanes256(e0, e1); mask;) {
+      const int bitIndex = 31 - __builtin_clz(mask);
+      if (Same(p + s + bitIndex)) return s + bitIndex;
+      mask &= ~(uint32_t{1} << bitIndex);
+    }
+  }
+  for (; top >= 0; --top)
+    if (Same(p + top)) return top;
+  return -1;
+}
+#undef KW_PAIR_BLOCK256
 #endif
-  return FindLastScalar(p, n);
+
+bool Literal::Available(Kernel kernel) {
+  switch (kernel) {
+    case Kernel::kScalar:
+    case Kernel::kBest:
+      return true;
+    case Kernel::kSse2:
+#if defined(__SSE2__)
+      return true;
+#else
+      return false;
+#endif
+    case Kernel::kAvx2:
+#if KW_FIND_AVX2
+    {
+      static const bool yes = __builtin_cpu_supports("avx2");
+      return yes;
+    }
+#else
+      return false;
+#endif
+  }
+  return false;
+}
+
+Literal::Kernel Literal::Choose(Kernel kernel, int64_t n) const {
+  if (text_.empty() || !vector_ || n < Size()) return Kernel::kScalar;
+  if (kernel == Kernel::kBest) kernel = Available(Kernel::kAvx2) ? Kernel::kAvx2 : Kernel::kSse2;
+  return Available(kernel) ? kernel : Kernel::kScalar;
+}
+
+int64_t Literal::FindFirst(const char16_t* p, int64_t n, Kernel kernel) const {
+  switch (Choose(kernel, n)) {
+#if KW_FIND_AVX2
+    case Kernel::kAvx2:
+      return fold_ ? FirstAvx2<true>(p, n) : FirstAvx2<false>(p, n);
+#endif
+#if defined(__SSE2__)
+    case Kernel::kSse2:
+      return fold_ ? FirstVector<true>(p, n) : FirstVector<false>(p, n);
+#endif
+    default:
+      if (text_.empty()) return -1;
+      return matchCase_ ? FirstHorspool<false>(p, n) : FirstHorspool<true>(p, n);
+  }
+}
+
+int64_t Literal::FindLast(const char16_t* p, int64_t n, Kernel kernel) const {
+  switch (Choose(kernel, n)) {
+#if KW_FIND_AVX2
+    case Kernel::kAvx2:
+      return fold_ ? LastAvx2<true>(p, n) : LastAvx2<false>(p, n);
+#endif
+#if defined(__SSE2__)
+    case Kernel::kSse2:
+      return fold_ ? LastVector<true>(p, n) : LastVector<false>(p, n);
+#endif
+    default:
+      if (text_.empty()) return -1;
+      return matchCase_ ? LastHorspool<false>(p, n) : LastHorspool<true>(p, n);
+  }
 }
 
 // ---- UnitSet ----------------------------------------------------------------------------------------------

@@ -13,6 +13,11 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__SSE2__) && defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define KW_FIND_AVX2 1
+#else
+#define KW_FIND_AVX2 0
+#endif
 
 namespace kw::findscan {
 
@@ -29,8 +34,14 @@ const char16_t* FormsOf(char16_t key, int* count);
 // unit stands for all its forms; two forms that differ in one bit (as every upper/lower pair does)
 // are compared as one by setting that bit in the text unit first. A text without such a pair, and
 // builds without SSE2, use the portable kernel: Horspool with a 256-entry shift table on the low byte.
+// On x86-64 built with GCC or Clang the vector kernel runs with 256-bit vectors when the processor has
+// AVX2 (checked at run time; the build itself assumes SSE2 only).
 class Literal {
  public:
+  enum class Kernel { kScalar, kSse2, kAvx2, kBest };
+  // Whether this build and processor can run the kernel.
+  static bool Available(Kernel kernel);
+
   // `text` as compared: already upper-cased when the case does not count. An empty text never matches.
   void Prepare(const std::u16string& text, bool matchCase);
   int64_t Size() const { return static_cast<int64_t>(text_.size()); }
@@ -38,11 +49,10 @@ class Literal {
   bool Vectored() const { return vector_; }
   // Start of the first (FindFirst) or the last (FindLast) occurrence lying wholly inside p[0, n); -1
   // when there is none.
-  int64_t FindFirst(const char16_t* p, int64_t n) const;
-  int64_t FindLast(const char16_t* p, int64_t n) const;
-  // The portable kernel, callable on every build.
-  int64_t FindFirstScalar(const char16_t* p, int64_t n) const;
-  int64_t FindLastScalar(const char16_t* p, int64_t n) const;
+  // `kernel` chooses the code (tests run each one); one that is not available, or a vector kernel for a
+  // text without a usable pair, falls back to the portable one.
+  int64_t FindFirst(const char16_t* p, int64_t n, Kernel kernel = Kernel::kBest) const;
+  int64_t FindLast(const char16_t* p, int64_t n, Kernel kernel = Kernel::kBest) const;
   // Whether the whole text lies at p (Size() units readable).
   bool Same(const char16_t* p) const;
 
@@ -57,6 +67,13 @@ class Literal {
   template <bool Fold>
   int64_t LastVector(const char16_t* p, int64_t n) const;
 #endif
+#if KW_FIND_AVX2
+  template <bool Fold>
+  int64_t FirstAvx2(const char16_t* p, int64_t n) const;
+  template <bool Fold>
+  int64_t LastAvx2(const char16_t* p, int64_t n) const;
+#endif
+  Kernel Choose(Kernel kernel, int64_t n) const;
 
   std::u16string text_;
   bool matchCase_ = true;

@@ -89,7 +89,15 @@ std::u16string RandomPattern(std::mt19937& rng, const std::u16string& text, size
   return p;
 }
 
-TEST(FindKernel, BothKernelsAgreeWithNaiveSearch) {
+// The kernels this build and processor can run; each test runs all of them.
+std::vector<Literal::Kernel> Kernels() {
+  std::vector<Literal::Kernel> out;
+  for (const Literal::Kernel k : {Literal::Kernel::kScalar, Literal::Kernel::kSse2, Literal::Kernel::kAvx2})
+    if (Literal::Available(k)) out.push_back(k);
+  return out;
+}
+
+TEST(FindKernel, EveryKernelAgreesWithNaiveSearch) {
   std::mt19937 rng(11);
   int vectored = 0;
   for (int round = 0; round < 3000; ++round) {
@@ -103,21 +111,24 @@ TEST(FindKernel, BothKernelsAgreeWithNaiveSearch) {
       vectored += lit.Vectored();
       const auto n = static_cast<int64_t>(text.size());
       const int64_t first = NaiveFirst(text, pat, matchCase), last = NaiveLast(text, pat, matchCase);
-      SCOPED_TRACE(testing::Message() << "round " << round << " m " << m << " case " << matchCase);
-      EXPECT_EQ(lit.FindFirst(text.data(), n), first);
-      EXPECT_EQ(lit.FindFirstScalar(text.data(), n), first);
-      EXPECT_EQ(lit.FindLast(text.data(), n), last);
-      EXPECT_EQ(lit.FindLastScalar(text.data(), n), last);
       // A window inside the text: occurrences must lie wholly inside it.
       const size_t from = n ? rng() % text.size() : 0;
       const std::u16string part = text.substr(from, rng() % (text.size() - from + 1));
       const auto k = static_cast<int64_t>(part.size());
-      EXPECT_EQ(lit.FindFirst(text.data() + from, k), NaiveFirst(part, pat, matchCase));
-      EXPECT_EQ(lit.FindLastScalar(text.data() + from, k), NaiveLast(part, pat, matchCase));
+      const int64_t partFirst = NaiveFirst(part, pat, matchCase), partLast = NaiveLast(part, pat, matchCase);
+      for (const Literal::Kernel kernel : Kernels()) {
+        SCOPED_TRACE(testing::Message() << "round " << round << " m " << m << " case " << matchCase << " kernel "
+                                        << static_cast<int>(kernel));
+        EXPECT_EQ(lit.FindFirst(text.data(), n, kernel), first);
+        EXPECT_EQ(lit.FindLast(text.data(), n, kernel), last);
+        EXPECT_EQ(lit.FindFirst(text.data() + from, k, kernel), partFirst);
+        EXPECT_EQ(lit.FindLast(text.data() + from, k, kernel), partLast);
+      }
     }
   }
 #if defined(__SSE2__)
-  EXPECT_GT(vectored, 5000);  // the vector kernel really ran
+  EXPECT_GT(vectored, 5000);  // the vector kernels really ran
+  EXPECT_GE(Kernels().size(), 2u);
 #else
   EXPECT_EQ(vectored, 0);
 #endif
@@ -143,15 +154,16 @@ TEST(FindKernel, CaseFormsUmlautsAndSharpS) {
       {u"....", 1, 0, 420},
   };
   for (const Row& r : rows) {
-    for (const bool scalar : {false, true}) {
-      Literal lit;
-      lit.Prepare(r.matchCase ? r.pattern : Upper(r.pattern), r.matchCase != 0);
-      const auto n = static_cast<int64_t>(text.size());
-      SCOPED_TRACE(testing::Message() << std::string(r.pattern.begin(), r.pattern.end()) << " scalar " << scalar);
-      EXPECT_EQ(scalar ? lit.FindFirstScalar(text.data(), n) : lit.FindFirst(text.data(), n), r.first);
-      EXPECT_EQ(scalar ? lit.FindLastScalar(text.data(), n) : lit.FindLast(text.data(), n), r.last);
-      EXPECT_EQ(r.first, NaiveFirst(text, r.pattern, r.matchCase));  // the table itself is right
-      EXPECT_EQ(r.last, NaiveLast(text, r.pattern, r.matchCase));
+    EXPECT_EQ(r.first, NaiveFirst(text, r.pattern, r.matchCase));  // the table itself is right
+    EXPECT_EQ(r.last, NaiveLast(text, r.pattern, r.matchCase));
+    Literal lit;
+    lit.Prepare(r.matchCase ? r.pattern : Upper(r.pattern), r.matchCase != 0);
+    const auto n = static_cast<int64_t>(text.size());
+    for (const Literal::Kernel kernel : Kernels()) {
+      SCOPED_TRACE(testing::Message() << std::string(r.pattern.begin(), r.pattern.end()) << " kernel "
+                                      << static_cast<int>(kernel));
+      EXPECT_EQ(lit.FindFirst(text.data(), n, kernel), r.first);
+      EXPECT_EQ(lit.FindLast(text.data(), n, kernel), r.last);
     }
   }
 }
