@@ -4,6 +4,8 @@
 # `grep -c`, `grep -ci` and `sed` on the file; prints GB/s of the file side by side.
 #
 # usage: bench/find.sh [BUILD_DIR] [MEGABYTES]     (BUILD_DIR defaults to build/release, MEGABYTES to 200)
+# Two more rows show the other search paths on the same text (backwards over the chunks, and the line
+# search that marked-lines-only takes) beside grep -ci.
 # grep and sed run three times each (best wall-clock time), with LC_ALL=C; the file is in the page cache.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -66,7 +68,9 @@ for b in data["benchmarks"]:
     ours[b["run_name"].replace("/real_time", "")] = (t, b.get("matches", b.get("replaced", 0)))
 rows = [("find, case exact, count", "BM_FindCount/matchCase:1", "grep -c"),
         ("find, case-blind, count", "BM_FindCount/matchCase:0", "grep -ci"),
-        ("replace all", "BM_ReplaceAll", "sed s///g")]
+        ("replace all", "BM_ReplaceAll", "sed s///g"),
+        ("case-blind, backwards", "BM_FindCountOther/markedLines:0", "grep -ci"),
+        ("case-blind, marked lines", "BM_FindCountOther/markedLines:1", "grep -ci")]
 print(f"file: {size/1e6:.0f} MB; GB/s of the file (kw document in memory / peer tool on the cached file)")
 print(f"{'task':26} {'kw GB/s':>8} {'matches':>8} {'peer':>10} {'peer GB/s':>10} {'ratio':>6}")
 for name, key, p in rows:

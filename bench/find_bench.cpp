@@ -69,6 +69,28 @@ void BM_FindCount(benchmark::State& state) {
 }
 BENCHMARK(BM_FindCount)->Arg(1)->Arg(0)->ArgName("matchCase")->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// The other paths of the same count: backwards over the chunks, and the line search (all lines
+// marked), which copies every line before the kernel looks at it.
+void BM_FindCountOther(benchmark::State& state) {
+  Document& d = Doc();
+  const bool lines = state.range(0) != 0;
+  const std::u16string needle = u"ZYXWVUT";
+  const int64_t end = static_cast<int64_t>(needle.size());
+  if (lines) d.doc.InvertLineMark();
+  int64_t found = 0;
+  std::vector<int64_t> positions;
+  for (auto _ : state) {
+    int64_t line = lines ? 0 : d.doc.GetLinesInDoc(), column = lines ? 0 : 1 << 30, length = 0;
+    found = d.doc.FindTextW(&line, &column, needle.data(), &end, 1, lines ? 1 : 0, 0, 0, lines ? 1 : 0, 0, &length,
+                            &positions);
+    benchmark::DoNotOptimize(found);
+  }
+  if (lines) d.doc.InvertLineMark();
+  state.counters["matches"] = static_cast<double>(found);
+  state.SetBytesProcessed(state.iterations() * d.fileBytes);
+}
+BENCHMARK(BM_FindCountOther)->Arg(0)->Arg(1)->ArgName("markedLines")->Unit(benchmark::kMillisecond)->UseRealTime();
+
 // Replaces all matches by a longer text; the step is undone outside the timing.
 void BM_ReplaceAll(benchmark::State& state) {
   Document& d = Doc();

@@ -183,7 +183,7 @@ int64_t Literal::FirstVector(const char16_t* p, int64_t n) const {
     }
   }
   for (; s <= lastStart; ++s)
-    if (Same(p + s)) return s;
+    if (PairAt(p + s) && Same(p + s)) return s;
   return -1;
 }
 
@@ -206,7 +206,7 @@ int64_t Literal::LastVector(const char16_t* p, int64_t n) const {
     }
   }
   for (; top >= 0; --top)
-    if (Same(p + top)) return top;
+    if (PairAt(p + top) && Same(p + top)) return top;
   return -1;
 }
 #undef KW_PAIR_BLOCK
@@ -250,7 +250,7 @@ __attribute__((target("avx2"))) int64_t Literal::FirstAvx2(const char16_t* p, in
     }
   }
   for (; s <= lastStart; ++s)
-    if (Same(p + s)) return s;
+    if (PairAt(p + s) && Same(p + s)) return s;
   return -1;
 }
 
@@ -271,7 +271,7 @@ __attribute__((target("avx2"))) int64_t Literal::LastAvx2(const char16_t* p, int
     }
   }
   for (; top >= 0; --top)
-    if (Same(p + top)) return top;
+    if (PairAt(p + top) && Same(p + top)) return top;
   return -1;
 }
 #undef KW_PAIR_BLOCK256

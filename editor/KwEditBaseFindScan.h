@@ -57,6 +57,10 @@ class Literal {
   bool Same(const char16_t* p) const;
 
  private:
+  // Whether both pair units agree at p: the vector kernels' test for one candidate.
+  bool PairAt(const char16_t* p) const {
+    return static_cast<char16_t>(p[a_] | aBit_) == aKey_ && static_cast<char16_t>(p[b_] | bBit_) == bKey_;
+  }
   template <bool Blind>
   int64_t FirstHorspool(const char16_t* p, int64_t n) const;
   template <bool Blind>
