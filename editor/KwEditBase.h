@@ -35,6 +35,15 @@ struct tagUNDORECORD;
 using Line = int64_t;   // a line number
 using Index = int64_t;  // a character index into the whole stream
 
+// One replacement of a bulk edit (KwEditBase::ReplaceRanges): `removed` units at character index `at`
+// (an index of the text before the edit) give way to `length` units of `text`.
+struct KwTextSplice {
+  Index at;
+  int64_t removed;
+  const char16_t* text;  // borrowed; may be null when `length` is 0
+  int64_t length;
+};
+
 // One chunk of the text stream.
 struct tagTEXTDESC {
   tagTEXTDESC* next = nullptr;  // following chunk, null at the end
@@ -412,6 +421,14 @@ class KwEditBase {
   // the pair of the lower index wins.
   int64_t ReplaceAllByTable(Line line1, Line line2, const char16_t* texts, const int64_t* ends, int64_t count,
                             int options);
+  // Makes `count` replacements at once, as one undoable step (record type 3) when `recordUndo` is 1.
+  // The splices are sorted by index and do not overlap (one may start where the one before ends);
+  // their texts must not point into the document. Each chunk is rebuilt once for all the replacements
+  // inside it, so a task that changes every line of a large text costs one pass, not a shift of the
+  // text behind each line. Line marks and the other line tables follow the text as with SelReplace.
+  // Returns the number of splices made, 0 for none, -1 for unsorted or out-of-range splices
+  // (assertion, nothing changed), -2 out of memory.
+  int64_t ReplaceRanges(const KwTextSplice* splices, int64_t count, int recordUndo);
 
  private:
   struct FindRequest;
@@ -430,12 +447,9 @@ class KwEditBase {
                          const std::vector<std::u16string>& replacements, int options);
   // Applies replacements sorted by position and without overlap, from the last to the first, each
   // chunk rebuilt once for all its replacements that leave the lines as they are.
-  struct Splice {
-    Index at;
-    int64_t removed;
-    const char16_t* text;
-    int64_t length;
-  };
+  using Splice = KwTextSplice;
+  // Saves `splices` (texts outside the document) in a type-3 record, when `recordUndo`, and applies them.
+  int64_t ApplyAndRecord(const std::vector<Splice>& splices, int recordUndo);
   void ApplySplices(const std::vector<Splice>& splices);
   int64_t UndoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t RedoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);

@@ -129,19 +129,50 @@ int64_t KwEditBase::ReplaceMatches(Line line1, Line line2, const std::vector<std
   }
   const auto n = static_cast<int64_t>(at.size());
   if (n == 0) return 0;
-
-  // The record's block: entries, the matched texts as they stand, the replacements.
-  int64_t oldUnits = 0, newUnits = 0;
+  std::vector<Splice> splices;
+  splices.reserve(static_cast<size_t>(n));
   for (int64_t i = 0; i < n; ++i) {
-    oldUnits += len[i];
-    newUnits += static_cast<int64_t>(replacements[static_cast<size_t>(alt[i])].size());
+    const std::u16string& rep = replacements[static_cast<size_t>(alt[i])];
+    splices.push_back({at[i], len[i], rep.data(), static_cast<int64_t>(rep.size())});
+  }
+  return ApplyAndRecord(splices, 1);
+}
+
+int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, int recordUndo) {
+  bool ok = count >= 0 && (count == 0 || splices != nullptr) && m_Head != nullptr;
+  Index end = 0;
+  for (int64_t i = 0; ok && i < count; ++i) {
+    const KwTextSplice& s = splices[i];
+    ok = s.at >= end && s.removed >= 0 && s.length >= 0 && (s.text != nullptr || s.length == 0) &&
+         s.at + s.removed <= m_TotalChars;
+    end = s.at + s.removed;
+  }
+  KW_ASSERT(ok);
+  if (!ok) return -1;
+  if (count == 0) return 0;
+  std::vector<Splice> list(splices, splices + count);
+  return ApplyAndRecord(list, recordUndo);
+}
+
+int64_t KwEditBase::ApplyAndRecord(const std::vector<Splice>& in, int recordUndo) {
+  const auto n = static_cast<int64_t>(in.size());
+  if (n == 0) return 0;
+  if (recordUndo == 0) {
+    ApplySplices(in);
+    return n;
+  }
+  // The record's block: entries, the replaced texts as they stand, the replacements.
+  int64_t oldUnits = 0, newUnits = 0;
+  for (const Splice& s : in) {
+    oldUnits += s.removed;
+    newUnits += s.length;
   }
   const size_t bytes = sizeof(int64_t) * static_cast<size_t>(3 + 3 * n) +
                        sizeof(char16_t) * static_cast<size_t>(oldUnits + newUnits);
   auto* head = static_cast<int64_t*>(std::malloc(bytes));
   if (head == nullptr) return -2;
-  const Index first = at[0];
-  const Index oldEnd = at[n - 1] + len[n - 1];
+  const Index first = in.front().at;
+  const Index oldEnd = in.back().at + in.back().removed;
   head[0] = n;
   head[1] = oldUnits;
   head[2] = newUnits;
@@ -155,17 +186,16 @@ int64_t KwEditBase::ReplaceMatches(Line line1, Line line2, const std::vector<std
     char16_t* o = oldText;
     char16_t* w = newText;
     for (int64_t i = 0; i < n; ++i) {
-      const std::u16string& rep = replacements[static_cast<size_t>(alt[i])];
-      const auto repLen = static_cast<int64_t>(rep.size());
-      entries[3 * i] = at[i] - first;
-      entries[3 * i + 1] = len[i];
-      entries[3 * i + 2] = repLen;
-      GetText(at[i], o, len[i]);
-      if (repLen) std::memcpy(w, rep.data(), static_cast<size_t>(repLen) * sizeof(char16_t));
-      splices.push_back({at[i], len[i], w, repLen});
-      o += len[i];
-      w += repLen;
-      delta += repLen - len[i];
+      const Splice& s = in[static_cast<size_t>(i)];
+      entries[3 * i] = s.at - first;
+      entries[3 * i + 1] = s.removed;
+      entries[3 * i + 2] = s.length;
+      GetText(s.at, o, s.removed);
+      if (s.length) std::memcpy(w, s.text, static_cast<size_t>(s.length) * sizeof(char16_t));
+      splices.push_back({s.at, s.removed, w, s.length});
+      o += s.removed;
+      w += s.length;
+      delta += s.length - s.removed;
     }
   }
   ApplySplices(splices);

@@ -30,7 +30,7 @@ struct KwExecuteResult {
   int64_t changed = 0;  // lines (or matches, for find and replace) that it changed or selected
   int64_t skipped = 0;  // lines it had to leave alone (too short for the term, no number in the column)
   int64_t overflow = 0; // results that did not fit their picture and were written as overflow marks
-  double value = 0;     // the sum of a column sum
+  double value = 0;     // the sum of a column sum (whatever its output)
 };
 
 class KwEditView {
@@ -147,6 +147,13 @@ class KwEditView {
   // Runs the task of `event`'s kind with it (the replay loop of an application or of `kw run`).
   // Returns the task's result; 0 for an event of a kind without a task.
   int ExecuteRecordEvent(KwRecordEvent* event);
+
+ protected:
+  // Deletes `lines` (ascending, no repeats) with their ends of line as one undo step and clamps the
+  // caret; the fly selection goes. Returns 1, 0 when the change could not be made.
+  int DeleteTaskLines(const std::vector<Line>& lines);
+
+ public:
   // ==== End of the column and line tasks ===============================================================
 
  protected:

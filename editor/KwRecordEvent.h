@@ -344,7 +344,7 @@ class KwLineSelectEvent : public KwTemplateEvent {
   KwLineSelectEvent();
   int m_Action = kLineActionMark;  // kLineAction...
   int m_Area = 0;
-  std::u16string m_Term;  // the logical term as typed
+  std::u16string m_Term;  // the logical term as typed; empty (or blank): every line of the area
   int m_Invert = 0;
   int64_t m_FirstLine = 0;  // line range, counted from 1; 0 and 0: the whole area
   int64_t m_LastLine = 0;
@@ -375,7 +375,10 @@ class KwLine2Event : public KwTemplateEvent {
 };
 
 // Column calculation ('_', "EditColCalc"): evaluates an arithmetic term on each line of the area and
-// writes the result into a column range through a picture.
+// writes the result into a column range through a picture, right-aligned in the range. A line shorter
+// than the term reads, or whose result is not a number or lies outside the limits, is left alone. A
+// result that does not fit is written as "*" over the range. Without a picture the result gets "#"s
+// over the range with the most decimals of the term's constants and of the fields it read on the line.
 class KwColCalcEvent : public KwTemplateEvent {
  public:
   KwColCalcEvent();
@@ -401,7 +404,9 @@ class KwColSumEvent : public KwTemplateEvent {
   KwColSumEvent();
   int m_Area = 0;
   std::u16string m_Term;
-  int m_Output = 0;  // 0 show the sum, 1 copy it to the clipboard, 2 insert it as a line after the area
+  // 0 show the sum, 1 copy it to the clipboard, 2 insert it as a line after the area, 3 (and any other
+  // value) only report it (KwEditView::GetLastExecute().value), for a caller that prints it itself.
+  int m_Output = 0;
 
  protected:
   void BindFields(KwEventFields& fields) override;

@@ -1,0 +1,217 @@
+// The helpers shared by the column and line tasks of KwEditView (see editor/KwEditViewExecute.h).
+#include <algorithm>
+#include <cstring>
+
+#include "base/Assert.h"
+#include "base/Numbers.h"
+#include "editor/KwEditView.h"
+#include "editor/KwEditViewExecute.h"
+#include "platform/Platform.h"
+#include "terms/KwLogiTerm.h"
+#include "terms/KwMathTerm.h"
+
+namespace kw::execute {
+
+bool ResolveArea(KwEditView& view, int area, TaskLines* lines) {
+  const auto kind = static_cast<unsigned>(area);
+  if (kind != kAreaText && kind != kAreaStream && kind != kAreaColumn && kind != kAreaMarked) {
+    GetPlatform().Beep(BeepClass::Exclamation);
+    return false;
+  }
+  Line first = 0, last = 0;
+  const int64_t count = view.GetExecuteCount(kind, &first, &last, 1);
+  if (count <= 0) return false;
+  lines->area = kind;
+  lines->first = first;
+  lines->last = last;
+  lines->count = count;
+  lines->markedOnly = kind == kAreaMarked;
+  int64_t v[KwEditView::kSelValues];
+  const unsigned flags = view.GetSelFlags(v);
+  if ((flags & kSelMaskFly) != 0) {
+    lines->selFirst = v[0];
+    lines->selLast = v[2];
+  } else if ((flags & kSelMaskFix) != 0) {
+    lines->selFirst = std::min(v[4], v[6]);
+    lines->selLast = std::max(v[4], v[6]);
+  }
+  return true;
+}
+
+bool NarrowLines(TaskLines* lines, int64_t from, int64_t to) {
+  if (from <= 0 && to <= 0) return true;
+  if (from > 0) lines->first = std::max(lines->first, from - 1);
+  if (to > 0) lines->last = std::min(lines->last, to - 1);
+  if (lines->first > lines->last) return false;
+  lines->count = lines->last - lines->first + 1;
+  return true;
+}
+
+const char16_t* LineReader::Read(Line line, int64_t* length) {
+  const int64_t n = m_Doc.LineLength(line, 0);
+  if (static_cast<int64_t>(m_Buffer.size()) < n + 1) m_Buffer.resize(static_cast<size_t>(n + 1) * 2);
+  const int64_t got = n > 0 ? m_Doc.TextOfLine(line, m_Buffer.data(), n + 1, 0, 0, 1, 0) : 0;
+  const int64_t len = got < 0 ? 0 : got;
+  m_Buffer[static_cast<size_t>(len)] = 0;
+  if (length != nullptr) *length = len;
+  return m_Buffer.data();
+}
+
+TaskPane::TaskPane(const std::u16string& title, int64_t total) : m_Total(total) {
+  if (total >= kPaneLines) m_Pane = GetPlatform().CreateProgress(title);
+}
+
+TaskPane::~TaskPane() = default;
+
+bool TaskPane::Step(int64_t done) {
+  if (m_Pane == nullptr || m_Total <= 0) return true;
+  const auto percent = static_cast<int>(100 * done / m_Total);
+  if (percent == m_Last) return true;
+  m_Last = percent;
+  return m_Pane->Step(percent) != 0;
+}
+
+void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {
+  KW_ASSERT(m_Entries.empty() || at >= m_Entries.back().at + m_Entries.back().removed);
+  m_Entries.push_back({at, removed, m_Units.size(), length});
+  if (length > 0) m_Units.append(text, static_cast<size_t>(length));
+}
+
+int64_t SpliceList::Apply(KwEditBase& doc) {
+  if (m_Entries.empty()) return 0;
+  std::vector<KwTextSplice> splices;
+  splices.reserve(m_Entries.size());
+  for (const Entry& e : m_Entries) splices.push_back({e.at, e.removed, m_Units.data() + e.offset, e.length});
+  return doc.ReplaceRanges(splices.data(), static_cast<int64_t>(splices.size()), 1);
+}
+
+TermInput::TermInput(KwEditBase& doc, const TaskLines& lines, bool otherRows, const int64_t* firsts,
+                     const int64_t* lasts, const int64_t* rowOffsets, const int64_t* absRows,
+                     int64_t referenceCount)
+    : m_Doc(doc), m_Lines(lines), m_OtherRows(otherRows) {
+  if (otherRows) {
+    m_First.assign(firsts, firsts + referenceCount);
+    m_Last.assign(lasts, lasts + referenceCount);
+    m_RowOffset.assign(rowOffsets, rowOffsets + referenceCount);
+    m_AbsRow.assign(absRows, absRows + referenceCount);
+    m_Fields.resize(static_cast<size_t>(referenceCount));
+  }
+}
+
+void TermInput::Prepare(Line line, int64_t length, int64_t ordinal) {
+  m_Values[0] = line + 1;
+  m_Values[1] = length;
+  m_Values[2] = m_Doc.GetLineMark(line);
+  m_Values[3] = (line >= m_Lines.selFirst && line <= m_Lines.selLast) ? 1 : 0;
+  m_Values[4] = ordinal;
+  if (!m_OtherRows) return;
+  // A reference to another line reads that line as it stands before the task changes anything.
+  for (size_t k = 0; k < m_Fields.size(); ++k) {
+    m_Fields[k].clear();
+    if (m_First[k] <= 0) continue;  // a line variable: taken from the values
+    const Line target = m_AbsRow[k] > 0 ? m_AbsRow[k] - 1 : line + m_RowOffset[k];
+    if (target < 0 || target > m_Doc.GetLinesInDoc()) continue;
+    const std::u16string text = m_Doc.GetLineText(target);
+    const auto from = static_cast<size_t>(m_First[k] - 1);
+    if (from >= text.size()) continue;
+    m_Fields[k] = text.substr(from, static_cast<size_t>(std::max<int64_t>(m_Last[k] - m_First[k] + 1, 0)));
+  }
+}
+
+namespace {
+
+template <class Term>
+TermInput MakeInputOf(KwEditBase& doc, const TaskLines& lines, const Term& term) {
+  int64_t firsts[kTermMaxReferences], lasts[kTermMaxReferences], rows[kTermMaxReferences],
+      abs[kTermMaxReferences];
+  const bool other = term.HasDifferentRow() != 0;
+  const int64_t n = other ? term.GetTextNumberAreas(firsts, lasts, rows, abs) : 0;
+  return TermInput(doc, lines, other, firsts, lasts, rows, abs, n);
+}
+
+bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+
+}  // namespace
+
+TermInput MakeInput(KwEditBase& doc, const TaskLines& lines, const KwMathTerm& term) {
+  return MakeInputOf(doc, lines, term);
+}
+
+TermInput MakeInput(KwEditBase& doc, const TaskLines& lines, const KwLogiTerm& term) {
+  return MakeInputOf(doc, lines, term);
+}
+
+int NumberDecimals(const char16_t* text, int64_t length) {
+  int64_t point = -1;
+  for (int64_t i = 0; i < length; ++i)
+    if (text[i] == u'.' || text[i] == u',') point = i;
+  if (point < 0) return 0;
+  int decimals = 0;
+  for (int64_t i = point + 1; i < length && IsDigit(text[i]); ++i) ++decimals;
+  return decimals;
+}
+
+int TermDecimals(const std::u16string& term) {
+  int best = 0;
+  int depth = 0;
+  char16_t quote = 0;
+  for (size_t i = 0; i < term.size(); ++i) {
+    const char16_t c = term[i];
+    if (quote != 0) {
+      if (c == quote) quote = 0;
+      continue;
+    }
+    if (c == u'\'' || c == u'"') {
+      quote = c;
+    } else if (c == u'[') {
+      ++depth;
+    } else if (c == u']') {
+      depth = std::max(depth - 1, 0);
+    } else if (depth == 0 && (IsDigit(c) || c == u'.' || c == u',')) {
+      size_t j = i;
+      while (j < term.size() && (IsDigit(term[j]) || term[j] == u'.' || term[j] == u',')) ++j;
+      best = std::max(best, NumberDecimals(term.data() + i, static_cast<int64_t>(j - i)));
+      i = j - 1;
+    }
+  }
+  return best;
+}
+
+int FieldDecimals(const char16_t* line, int64_t length, const int64_t* firsts, const int64_t* lasts,
+                  int64_t count) {
+  int best = 0;
+  for (int64_t k = 0; k < count; ++k) {
+    if (firsts[k] <= 0 || firsts[k] > length) continue;
+    const int64_t end = std::min(lasts[k], length);
+    best = std::max(best, NumberDecimals(line + firsts[k] - 1, end - firsts[k] + 1));
+  }
+  return best;
+}
+
+bool FormatResult(double value, const std::u16string& picture, int64_t width, int decimals, int roundMode,
+                  std::u16string* out) {
+  std::u16string field = picture;
+  if (field.empty()) {
+    // Room for the sign and one integral digit stays; decimals that do not fit are given up.
+    const int64_t d = std::min<int64_t>(decimals, std::max<int64_t>(width - 2, 0));
+    if (d > 0)
+      field = std::u16string(static_cast<size_t>(width - d - 1), u'#') + u'.' + std::u16string(static_cast<size_t>(d), u'#');
+    else
+      field.assign(static_cast<size_t>(width), u'#');
+  }
+  bool fits = SetDouble(value, field, 0, static_cast<int64_t>(field.size()), roundMode) != 0;
+  if (fits && static_cast<int64_t>(field.size()) > width) {
+    const size_t cut = field.size() - static_cast<size_t>(width);
+    fits = field.find_first_not_of(u' ') >= cut;
+    field.erase(0, cut);
+  }
+  if (!fits) {
+    out->assign(static_cast<size_t>(width), u'*');
+    return false;
+  }
+  if (static_cast<int64_t>(field.size()) < width) field.insert(0, static_cast<size_t>(width) - field.size(), u' ');
+  *out = std::move(field);
+  return true;
+}
+
+}  // namespace kw::execute
