@@ -41,6 +41,7 @@
 #include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
 #include "editor/KwEditView.h"
+#include "editor/KwEditCtrl.h"
 #include "editor/KwRecordEvent.h"
 #include "editor/KwFindData.h"
 

@@ -1,0 +1,540 @@
+// The view's commands: caret movement at line and file ends, selections, typing and deleting across
+// line ends, column typing, the clipboard, undo and redo of every command that changes text, marks,
+// bookmarks and tab stops. Documents use three-unit chunks so that edits cross chunk borders.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/QueryBox.h"
+#include "editor/KwEditCtrl.h"
+#include "editor/KwEditView.h"
+#include "support/TestSupport.h"
+
+namespace {
+
+using kw::KwEditBase;
+using kw::KwEditView;
+using Line = int64_t;
+
+class EditCommandsTest : public kwtest::PlatformTest {
+ protected:
+  void Fill(const std::u16string& text) {
+    doc_.SetChunkUnits(3);
+    doc_.InitEdit();
+    doc_.SetEOLType(13);
+    doc_.AddText(text, 0, 0);
+    view_.SetSel(0, 0, 0, 0, 0);
+  }
+  // The caret as (line, column).
+  std::array<int64_t, 2> Caret() {
+    int64_t column = 0;
+    const Line line = view_.GetCurrentLine(&column);
+    return {line, column};
+  }
+  std::array<int64_t, 4> Sel() {
+    std::array<int64_t, 4> s{};
+    view_.GetSel(&s[0], &s[1], &s[2], &s[3]);
+    return s;
+  }
+  std::u16string Text() { return doc_.GetAllText(); }
+
+  KwEditBase doc_;
+  KwEditView view_{&doc_};
+};
+
+using P = std::array<int64_t, 2>;
+
+TEST_F(EditCommandsTest, LeftAndRightCrossLineEndsAndStopAtTheFileEnds) {
+  Fill(u"ab\r\n\r\ncde");
+  EXPECT_EQ(view_.DoEditLeft(), 0);  // at the start of the file
+  EXPECT_EQ(view_.DoEditRight(), 1);
+  EXPECT_EQ(view_.DoEditRight(), 1);
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  EXPECT_EQ(view_.DoEditRight(), 1);  // the line end: to the next line
+  EXPECT_EQ(Caret(), (P{1, 0}));
+  EXPECT_EQ(view_.DoEditRight(), 1);  // an empty line
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  view_.OnEditLeft();  // column 0: to the previous line's end
+  EXPECT_EQ(Caret(), (P{1, 0}));
+  view_.OnEditLeft();
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  view_.OnEditBottom();
+  EXPECT_EQ(Caret(), (P{2, 3}));
+  EXPECT_EQ(view_.DoEditRight(), 0);  // the end of the file
+  EXPECT_EQ(view_.DoEditDown(), 0);
+  view_.OnEditHome();
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  view_.OnEditTop();
+  EXPECT_EQ(Caret(), (P{0, 0}));
+  EXPECT_EQ(view_.DoEditUp(), 0);
+  view_.OnEditEnd();
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  EXPECT_EQ(platform_.boxes.size(), 0u);
+}
+
+TEST_F(EditCommandsTest, UpAndDownKeepTheGoalColumnAndPagesMoveByThePage) {
+  Fill(u"0123456789\r\nab\r\n\r\n0123456789\r\nxyz\r\n0123456789\r\n012345678");
+  view_.GotoLineCol(0, 7);
+  view_.OnEditDown();
+  EXPECT_EQ(Caret(), (P{1, 2}));  // a short line: its end
+  view_.OnEditDown();
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  view_.OnEditDown();
+  EXPECT_EQ(Caret(), (P{3, 7}));  // back at the goal column
+  view_.OnEditUp();
+  view_.OnEditUp();
+  view_.OnEditUp();
+  EXPECT_EQ(Caret(), (P{0, 7}));
+  // A horizontal move sets a new goal.
+  view_.OnEditDown();
+  view_.OnEditLeft();
+  view_.OnEditUp();
+  EXPECT_EQ(Caret(), (P{0, 1}));
+  view_.SetPageLines(4);
+  view_.GotoLineCol(0, 8);
+  EXPECT_EQ(view_.DoEditPgDn(), 1);
+  EXPECT_EQ(Caret(), (P{4, 3}));
+  view_.OnEditPgDn();
+  EXPECT_EQ(Caret(), (P{6, 8}));  // clamped to the last line, the goal kept
+  EXPECT_EQ(view_.DoEditPgDn(), 0);
+  view_.OnEditPgUp();
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  view_.OnEditPgUp();
+  EXPECT_EQ(Caret(), (P{0, 8}));
+  EXPECT_EQ(view_.GetFirstVisibleLine(), 0);
+}
+
+TEST_F(EditCommandsTest, QuickMovesGoByWordsAndCrossLines) {
+  Fill(u"  alpha beta\t gamma\r\nnext");
+  view_.OnQuickRight();
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  view_.OnQuickRight();
+  EXPECT_EQ(Caret(), (P{0, 8}));
+  view_.OnQuickRightEnd();
+  EXPECT_EQ(Caret(), (P{0, 12}));
+  view_.OnQuickRightEnd();
+  EXPECT_EQ(Caret(), (P{0, 19}));
+  view_.OnQuickRight();  // at the line end: the next line
+  EXPECT_EQ(Caret(), (P{1, 0}));
+  view_.OnQuickLeft();  // at column 0: the previous line's end
+  EXPECT_EQ(Caret(), (P{0, 19}));
+  view_.OnQuickLeft();
+  EXPECT_EQ(Caret(), (P{0, 14}));
+  view_.OnQuickLeftEnd();
+  EXPECT_EQ(Caret(), (P{0, 12}));
+  view_.OnQuickLeft();
+  view_.OnQuickLeft();
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  view_.OnQuickLeftEnd();  // no word before: column 0
+  EXPECT_EQ(Caret(), (P{0, 0}));
+  // Selecting variants extend from the anchor.
+  view_.OnSelectQRightEnd();
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 0, 7}));
+  view_.OnSelectQRightEnd();
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 0, 12}));
+}
+
+TEST_F(EditCommandsTest, SelectionCommandsReportStreamColumnAndFixSelections) {
+  Fill(u"abcd\r\nefgh\r\nijkl");
+  view_.GotoLineCol(0, 1);
+  view_.OnSelectRight();
+  view_.OnSelectDown();
+  EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyStream);
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 1, 1, 2}));
+  view_.OnEditRight();  // a plain move drops the fly selection
+  EXPECT_EQ(view_.GetSelFlags(), 0u);
+  // Column mode: a block, and the caret may go beyond the line end.
+  view_.GotoLineCol(0, 2);
+  view_.OnSelectColumn();
+  EXPECT_EQ(view_.OnUpdateSelectColumn(), KwEditView::kUpdateEnabled | KwEditView::kUpdateChecked);
+  view_.OnSelectDown();
+  view_.OnSelectDown();
+  for (int i = 0; i < 4; ++i) view_.OnSelectRight();
+  EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyColumn);
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 2, 2, 6}));
+  view_.OnSelectStick();  // becomes the fix selection
+  int64_t v[KwEditView::kSelValues];
+  EXPECT_EQ(view_.GetSelFlags(v), kw::kSelFixColumn);
+  EXPECT_EQ((std::array<int64_t, 4>{v[4], v[5], v[6], v[7]}), (std::array<int64_t, 4>{0, 2, 2, 6}));
+  view_.OnSelectColumn();
+  view_.OnSelectAll();
+  EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyStream | kw::kSelFixColumn);
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 2, 4}));
+  view_.OnEditTop();
+  view_.OnSelectRecall();
+  EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyColumn | kw::kSelFixColumn);
+  view_.OnSelectRemove();
+  EXPECT_EQ(view_.GetSelFlags(), 0u);
+  EXPECT_EQ(view_.OnUpdateSelectRemove(), 0);
+  view_.OnSelectStick();  // nothing to stick: a beep
+  EXPECT_EQ(platform_.beeps.size(), 1u);
+  // The marked lines as a stream, and a bracket with its partner.
+  doc_.SetLineMark(1, 1);
+  view_.OnSelectLineMark();
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{1, 0, 1, 6}));  // the end of line included
+  Fill(u"x(a\r\n)b");
+  view_.GotoLineCol(0, 1);
+  view_.OnSelectBrace();
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 1, 1, 1}));
+  view_.GotoLineCol(1, 0);
+  view_.OnGotoBrace();
+  EXPECT_EQ(Caret(), (P{0, 1}));
+}
+
+TEST_F(EditCommandsTest, TypingInsertsOverwritesPadsAndBreaksLines) {
+  Fill(u"abc\r\nde");
+  view_.GotoLineCol(0, 1);
+  EXPECT_EQ(view_.OnChar(u'X'), 1);
+  EXPECT_EQ(Text(), u"aXbc\r\nde");
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  view_.OnEditInsert();  // overwrite
+  EXPECT_EQ(view_.GetInsertMode(), 0);
+  view_.OnChar(u'Y');
+  view_.OnChar(u'Z');
+  view_.OnChar(u'W');  // at the line end: inserted, the end of line stays
+  EXPECT_EQ(Text(), u"aXYZW\r\nde");
+  view_.OnEditInsert();
+  view_.OnChar(u'\r');  // breaks the line at the caret
+  EXPECT_EQ(Text(), u"aXYZW\r\n\r\nde");
+  EXPECT_EQ(Caret(), (P{1, 0}));
+  // Beyond the line end (column mode) the line is first filled with blanks.
+  view_.OnSelectColumn();
+  view_.GotoLineCol(2, 5);
+  view_.OnChar(u'!');
+  EXPECT_EQ(Text(), u"aXYZW\r\n\r\nde   !");
+  // A stream selection is replaced by what is typed.
+  view_.OnSelectColumn();
+  view_.SetSel(0, 1, 2, 2, 1);
+  view_.OnChar(u'-');
+  EXPECT_EQ(Text(), u"a-   !");
+  EXPECT_TRUE(doc_.Check());
+  // Every step undoes back to the start, and redoes to the end.
+  while (doc_.CanUndo()) view_.OnEditUndo();
+  EXPECT_EQ(Text(), u"abc\r\nde");
+  while (doc_.CanRedo()) view_.OnEditRedo();
+  EXPECT_EQ(Text(), u"a-   !");
+  EXPECT_TRUE(doc_.Check());
+}
+
+TEST_F(EditCommandsTest, DeletingJoinsLinesAtColumnZeroAndAtTheLineEnd) {
+  Fill(u"ab\r\ncd\r\nef");
+  view_.GotoLineCol(1, 0);
+  EXPECT_EQ(view_.OnBackSpace(), 1);  // joins with the line before
+  EXPECT_EQ(Text(), u"abcd\r\nef");
+  EXPECT_EQ(Caret(), (P{0, 2}));
+  view_.OnEditEnd();
+  EXPECT_EQ(view_.OnCharDelete(), 1);  // joins the next line
+  EXPECT_EQ(Text(), u"abcdef");
+  EXPECT_EQ(view_.OnCharDelete(), 1);
+  EXPECT_EQ(Text(), u"abcdf");
+  view_.OnEditBottom();
+  EXPECT_EQ(view_.OnCharDelete(), 0);  // the end of the file: nothing
+  view_.OnEditTop();
+  EXPECT_EQ(view_.OnBackSpace(), 0);
+  EXPECT_EQ(platform_.beeps.size(), 2u);
+  // Beyond the line end: delete pads to the caret before joining; backspace only moves.
+  Fill(u"ab\r\ncd");
+  view_.OnSelectColumn();
+  view_.GotoLineCol(0, 4);
+  EXPECT_EQ(view_.OnBackSpace(), 0);
+  EXPECT_EQ(Caret(), (P{0, 3}));
+  view_.OnCharDelete();
+  EXPECT_EQ(Text(), u"ab cd");
+  view_.OnEditUndo();
+  EXPECT_EQ(Text(), u"ab\r\ncd");
+  view_.OnEditRedo();
+  EXPECT_EQ(Text(), u"ab cd");
+  EXPECT_TRUE(doc_.Check());
+}
+
+TEST_F(EditCommandsTest, ColumnTypingWritesOnEveryLineOfTheBlock) {
+  Fill(u"abcd\r\nef\r\nghij");
+  view_.OnSelectColumn();
+  view_.SetSel(0, 1, 2, 3, 2);  // columns 1-2 of three lines
+  view_.OnChar(u'X');  // replaces the block on each line
+  EXPECT_EQ(Text(), u"aXd\r\neX\r\ngXj");
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 2, 2, 2}));
+  view_.OnChar(u'Y');  // a block of no width: inserted on each line
+  EXPECT_EQ(Text(), u"aXYd\r\neXY\r\ngXYj");
+  view_.SetInsertMode(0);
+  view_.OnChar(u'Z');  // overwrite: the unit at the column, a short line is padded
+  EXPECT_EQ(Text(), u"aXYZ\r\neXYZ\r\ngXYZ");
+  view_.SetInsertMode(1);
+  view_.OnBackSpace();
+  EXPECT_EQ(Text(), u"aXY\r\neXY\r\ngXY");
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 3, 2, 3}));
+  view_.OnEditUndo();  // each column command is one step
+  EXPECT_EQ(Text(), u"aXYZ\r\neXYZ\r\ngXYZ");
+  view_.OnEditUndo();
+  EXPECT_EQ(Text(), u"aXYd\r\neXY\r\ngXYj");
+  view_.OnEditUndo();
+  view_.OnEditUndo();
+  EXPECT_EQ(Text(), u"abcd\r\nef\r\nghij");
+  EXPECT_TRUE(doc_.Check());
+}
+
+TEST_F(EditCommandsTest, ClipboardRoundTripsStreamsAndColumns) {
+  Fill(u"one\r\ntwo\r\nthree");
+  view_.SetSel(0, 1, 1, 2, 1);
+  EXPECT_EQ(view_.OnEditCopy(), 1);
+  EXPECT_EQ(platform_.clipboard, u"ne\r\ntw");
+  view_.OnEditBottom();
+  EXPECT_EQ(view_.OnEditPaste(), 1);
+  EXPECT_EQ(Text(), u"one\r\ntwo\r\nthreene\r\ntw");
+  EXPECT_EQ(Caret(), (P{3, 2}));
+  // A column copy carries the marker and pastes as a column, appending lines when needed.
+  view_.SetSel(0, 0, 1, 2, 2);
+  view_.OnEditCopy();
+  EXPECT_EQ(platform_.clipboard, std::u16string(KwEditBase::kColumnMarker) + u"\r\non\r\ntw\r\n");
+  view_.GotoLineCol(3, 1);
+  view_.OnEditPaste();
+  EXPECT_EQ(Text(), u"one\r\ntwo\r\nthreene\r\ntonw\r\n tw");
+  view_.OnEditUndo();  // the appended line goes too
+  EXPECT_EQ(Text(), u"one\r\ntwo\r\nthreene\r\ntw");
+  // Cut, the appending variants, and a cleared clipboard.
+  view_.SetSel(0, 0, 0, 3, 1);
+  view_.OnEditCut();
+  EXPECT_EQ(Text(), u"\r\ntwo\r\nthreene\r\ntw");
+  view_.GotoLineCol(1, 0);
+  view_.OnLineCopyPlus();
+  EXPECT_EQ(platform_.clipboard, u"onetwo\r\n");
+  view_.SetSel(2, 0, 2, 5, 1);
+  view_.OnCutPlus();
+  EXPECT_EQ(platform_.clipboard, u"onetwo\r\nthree");
+  view_.OnClipCls();
+  EXPECT_EQ(view_.OnUpdateEditPaste(), 0);
+  EXPECT_EQ(view_.OnEditPaste(), 0);
+  // The fix selection is copied when there is no fly selection; nothing at all beeps.
+  doc_.SetStickSelection(1, 1, 0, 1, 2);
+  view_.OnEditCopy();
+  EXPECT_EQ(platform_.clipboard, u"tw");
+  view_.UnstickSelection();
+  const size_t beeps = platform_.beeps.size();
+  EXPECT_EQ(view_.OnEditCopy(), 0);
+  EXPECT_EQ(platform_.beeps.size(), beeps + 1);
+  EXPECT_TRUE(doc_.Check());
+}
+
+// Every command that changes text, run on the same document: undo gives the text back exactly,
+// redo the changed text, and the caret goes to the step's position.
+TEST_F(EditCommandsTest, EveryTextCommandUndoesAndRedoesExactly) {
+  const std::u16string start = u"alpha beta\r\n  gamma\r\n\r\ndelta\r\nend";
+  const std::filesystem::path file = Temp("import.txt");
+  WriteBytes(file, "IN1\nIN2");
+  struct Row {
+    const char* name;
+    std::function<void(KwEditView&, KwEditBase&)> run;
+  };
+  const std::vector<Row> rows = {
+      {"OnChar", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(1, 3); v.OnChar(u'Q'); }},
+      {"OnChar overwrite", [](KwEditView& v, KwEditBase&) { v.SetInsertMode(0); v.GotoLineCol(1, 3); v.OnChar(u'Q'); v.SetInsertMode(1); }},
+      {"OnChar enter", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 5); v.OnChar(u'\r'); }},
+      {"OnChar stream", [](KwEditView& v, KwEditBase&) { v.SetSel(0, 2, 3, 1, 1); v.OnChar(u'Q'); }},
+      {"OnBackSpace", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(3, 0); v.OnBackSpace(); }},
+      {"OnCharDelete", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 10); v.OnCharDelete(); }},
+      {"OnEditTab", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 3); v.OnEditTab(); }},
+      {"OnIndent", [](KwEditView& v, KwEditBase&) { v.SetSel(0, 0, 2, 0, 1); v.OnIndent(); }},
+      {"OnLineInsert", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(4, 1); v.OnLineInsert(); }},
+      {"OnLineBefore", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 1); v.OnLineBefore(); }},
+      {"OnLineDelete", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(1, 1); v.OnLineDelete(); }},
+      {"OnLineDelete last", [](KwEditView& v, KwEditBase&) { v.OnEditBottom(); v.OnLineDelete(); }},
+      {"OnLineCutOff", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 2); v.OnLineCutOff(); }},
+      {"OnInsertFF", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(2, 0); v.OnInsertFF(); }},
+      {"OnCharInsert", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(0, 0); v.OnCharInsert(); }},
+      {"InsertText", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(1, 2); v.InsertText(u"x\ny\r\nz"); }},
+      {"OnEditCut", [](KwEditView& v, KwEditBase&) { v.SetSel(0, 3, 1, 4, 1); v.OnEditCut(); }},
+      {"OnEditCut column", [](KwEditView& v, KwEditBase&) { v.SetSel(0, 1, 3, 3, 2); v.OnEditCut(); }},
+      {"OnEditPaste", [](KwEditView& v, KwEditBase&) { kw::GetPlatform().SetClipboardText(u"P\nQ"); v.GotoLineCol(2, 0); v.OnEditPaste(); }},
+      {"OnEditPaste column", [](KwEditView& v, KwEditBase&) { v.SetSel(0, 0, 1, 2, 2); v.OnEditCopy(); v.GotoLineCol(3, 5); v.OnEditPaste(); }},
+      {"OnLineMarkDelete", [](KwEditView& v, KwEditBase& d) { d.SetLineMark(1, 1); d.SetLineMark(4, 1); v.OnLineMarkDelete(); }},
+      {"OnLineMarkCut", [](KwEditView& v, KwEditBase& d) { d.SetLineMark(0, 1); v.OnLineMarkCut(); }},
+      {"OnLineCutPlus", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(3, 0); v.OnLineCutPlus(); }},
+      {"OnFileImport", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(1, 2); v.OnFileImport(); }},
+  };
+  struct ImportView : KwEditView {
+    using KwEditView::KwEditView;
+    std::u16string file;
+    int QueryFileName(int, std::u16string* name) override { *name = file; return 1; }
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Fill(start);
+    ImportView view(&doc_);
+    view.file = file.u16string();
+    row.run(view, doc_);
+    const std::u16string changed = Text();
+    EXPECT_NE(changed, start);
+    EXPECT_TRUE(doc_.Check());
+    EXPECT_EQ(view.OnEditUndo(), 1);
+    EXPECT_EQ(Text(), start);
+    EXPECT_FALSE(doc_.CanUndo());
+    EXPECT_EQ(view.OnEditRedo(), 1);
+    EXPECT_EQ(Text(), changed);
+    int64_t column = 0;
+    EXPECT_LE(view.GetCurrentLine(&column), doc_.GetLinesInDoc());
+    EXPECT_TRUE(doc_.Check());
+  }
+  EXPECT_EQ(asserts_.count(), 0u);
+}
+
+TEST_F(EditCommandsTest, MarksAndBookmarksNavigateAndRecall) {
+  Fill(u"a\r\nb\r\nc\r\nd\r\ne\r\nf");
+  view_.GotoLineCol(1, 0);
+  view_.OnMarkLines();  // no selection: toggles the caret line
+  view_.SetSel(3, 0, 5, 0, 1);
+  view_.OnMarkLines();  // the selection's lines, not the one it ends at
+  EXPECT_EQ(doc_.GetLineMarkCount(0, 5), 3);
+  EXPECT_EQ(doc_.GetLineMark(5), 0);
+  view_.OnEditTop();
+  view_.OnNextLineMark();
+  EXPECT_EQ(Caret(), (P{1, 0}));
+  view_.OnNextLineMarkSel();  // reported as ending with line 2's end of line
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{1, 0, 2, 3}));
+  view_.OnNextLineMark();
+  view_.OnNextLineMark();  // none after line 4: a beep, the caret stays
+  EXPECT_EQ(Caret(), (P{4, 0}));
+  EXPECT_EQ(platform_.beeps.size(), 1u);
+  view_.OnPrevLineMark();
+  EXPECT_EQ(Caret(), (P{3, 0}));
+  view_.OnMarkRemove();
+  EXPECT_EQ(doc_.GetLineMark(3), 0);
+  // Clear and invert can be recalled.
+  view_.OnLineMarkClear();
+  EXPECT_EQ(doc_.MinLineMark(), -1);
+  view_.OnMarkRecall();
+  EXPECT_EQ(doc_.GetLineMarkCount(0, 5), 2);
+  view_.OnLineMarkInvert();
+  EXPECT_EQ(doc_.GetLineMarkCount(0, 5), 4);
+  view_.OnMarkRecall();
+  EXPECT_EQ(doc_.GetLineMark(1) + doc_.GetLineMark(4), 2);
+  EXPECT_EQ(doc_.GetLineMarkCount(0, 5), 2);
+  // Marked lines to the clipboard.
+  view_.OnLineMarkCopy();
+  EXPECT_EQ(platform_.clipboard, u"b\r\ne\r\n");
+  // Bookmarks.
+  view_.GotoLineCol(2, 0);
+  view_.OnSetBookMark();
+  view_.GotoLineCol(5, 0);
+  view_.OnSetBookMark();
+  view_.OnEditTop();
+  view_.OnNextBookMark();
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  view_.OnNextBookMarkSel();
+  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{2, 0, 4, 3}));
+  view_.OnPrevBookMark();
+  EXPECT_EQ(Caret(), (P{2, 0}));
+  EXPECT_EQ(view_.DoPrevBookMark(), 0);
+  view_.OnClearBookMarks();
+  EXPECT_EQ(view_.OnUpdateBookMarks(), 0);
+}
+
+TEST_F(EditCommandsTest, TabStopsGuideTabAndBackTab) {
+  Fill(u"abcdefghijklmnopqrstuvwxyz");
+  EXPECT_EQ(view_.NextTabStop(0), 8);
+  EXPECT_EQ(view_.NextTabStop(8), 16);
+  EXPECT_EQ(view_.AddTabStop(5), 1);
+  EXPECT_EQ(view_.AddTabStop(5), 0);
+  EXPECT_EQ(view_.AddTabStop(0), 0);
+  view_.AddTabStop(3);
+  EXPECT_EQ(view_.GetTabStops(), (std::vector<int64_t>{3, 5}));
+  EXPECT_EQ(view_.NextTabStop(0), 3);
+  EXPECT_EQ(view_.NextTabStop(4), 5);
+  EXPECT_EQ(view_.NextTabStop(5), 13);  // every 8 beyond the last stop
+  EXPECT_EQ(view_.PrevTabStop(13), 5);
+  EXPECT_EQ(view_.PrevTabStop(14), 13);
+  EXPECT_EQ(view_.PrevTabStop(5), 3);
+  EXPECT_EQ(view_.PrevTabStop(2), 0);
+  view_.SetInsertMode(0);
+  view_.OnEditTab();  // overwrite mode only moves
+  EXPECT_EQ(Caret(), (P{0, 3}));
+  view_.SetInsertMode(1);
+  view_.OnEditTab();
+  EXPECT_EQ(Text(), u"abc  defghijklmnopqrstuvwxyz");
+  view_.OnEditBackTab();
+  EXPECT_EQ(Caret(), (P{0, 3}));
+  view_.GotoLineCol(0, 5);
+  view_.OnTabStop();  // toggles the stop at the caret
+  EXPECT_EQ(view_.GetTabStops(), (std::vector<int64_t>{3}));
+  view_.OnTabStopsRemove();
+  EXPECT_TRUE(view_.GetTabStops().empty());
+}
+
+TEST_F(EditCommandsTest, SettingsStepAndUnavailableCommandsSaySo) {
+  Fill(u"x");
+  const int size = view_.GetSettings().fontSize;
+  EXPECT_EQ(view_.OnViewBigger(), 1);
+  EXPECT_GT(view_.GetSettings().fontSize, size);
+  view_.OnViewSmaller();
+  EXPECT_EQ(view_.GetSettings().fontSize, size);
+  while (view_.OnViewSmaller() != 0) {
+  }
+  EXPECT_EQ(view_.GetSettings().fontSize, KwEditView::kFontSizes[0]);
+  view_.OnViewEol();
+  view_.OnViewBin();
+  view_.OnViewBin();
+  EXPECT_TRUE(view_.GetSettings().showEOL);
+  EXPECT_FALSE(view_.GetSettings().showBinary);
+  EXPECT_EQ(view_.OnViewSet(), 0);  // no settings dialog here
+  view_.OnViewColors();
+  view_.DoFilePrint();
+  view_.OnViewPrintPage();
+  view_.DoFilePrintPreview();
+  ASSERT_EQ(platform_.boxes.size(), 4u);
+  EXPECT_EQ(platform_.boxes[0].message, kw::LoadString(1003).substr(0, kw::LoadString(1003).find(u'|')));
+}
+
+TEST_F(EditCommandsTest, ExportWritesTheSelectionAndImportMergesAtTheCaret) {
+  Fill(u"abc\r\ndef\r\nghi");
+  struct FileView : KwEditView {
+    using KwEditView::KwEditView;
+    std::u16string file;
+    int QueryFileName(int, std::u16string* name) override { *name = file; return 1; }
+  } view(&doc_);
+  view.file = Temp("out.txt").u16string();
+  view.SetSel(0, 1, 1, 2, 1);
+  EXPECT_EQ(view.OnFileExport(), 1);
+  EXPECT_EQ(ReadBytes(Temp("out.txt")), "bc\r\nde");
+  view.SetSel(0, 1, 2, 3, 2);
+  view.OnFileExport();
+  EXPECT_EQ(ReadBytes(Temp("out.txt")), "bc\r\nef\r\nhi\r\n");
+  EXPECT_EQ(Text(), u"abc\r\ndef\r\nghi");
+  view.GotoLineCol(2, 1);
+  view.OnFileImport();
+  EXPECT_EQ(Text(), u"abc\r\ndef\r\ngbc\r\nef\r\nhi\r\nhi");
+  int64_t column = -1;
+  EXPECT_EQ(view.GetCurrentLine(&column), 5);
+  EXPECT_EQ(column, 0);
+  view.file = Temp("missing.txt").u16string();
+  EXPECT_EQ(view.OnFileImport(), 0);
+  EXPECT_EQ(platform_.boxes.size(), 1u);
+}
+
+TEST_F(EditCommandsTest, ControlLeavesOnTabKeepsNoMarksAndNeverRecords) {
+  kw::KwEditCtrl ctrl;
+  ctrl.GetDocument()->SetChunkUnits(3);
+  ctrl.SetText(u"one\ntwo");
+  EXPECT_EQ(ctrl.GetText(), u"one\r\ntwo");
+  EXPECT_FALSE(ctrl.GetDocument()->CanUndo());
+  ctrl.GotoLineCol(0, 3);
+  EXPECT_EQ(ctrl.OnEditTab(), 0);
+  EXPECT_EQ(ctrl.GetText(), u"one\r\ntwo");
+  EXPECT_EQ(ctrl.GetLeaveCount(1), 1);
+  ctrl.OnEditBackTab();
+  EXPECT_EQ(ctrl.GetLeaveCount(-1), 1);
+  ctrl.OnMarkLines();
+  ctrl.OnSetBookMark();
+  EXPECT_EQ(ctrl.GetDocument()->MinLineMark(), -1);
+  EXPECT_EQ(ctrl.GetDocument()->GetBookMarkCount(), 0);
+  ctrl.SetRecording(1);
+  EXPECT_EQ(ctrl.IsRecording(), 0);
+  // Typing and undo work as in the view.
+  ctrl.OnChar(u'!');
+  EXPECT_EQ(ctrl.GetText(), u"one!\r\ntwo");
+  ctrl.OnEditUndo();
+  EXPECT_EQ(ctrl.GetText(), u"one\r\ntwo");
+}
+
+}  // namespace
