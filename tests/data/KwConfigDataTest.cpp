@@ -6,7 +6,7 @@
 
 #include "base/CodePages.h"
 #include "data/KwConfigData.h"
-#include "support/TestSupport.h"
+#include "data/ScopeFiles.h"
 
 namespace {
 
@@ -15,18 +15,8 @@ using kw::KwConfigData;
 
 std::u16string U(const std::string& s) { return kw::FromUtf8(s); }
 
-class ConfigData : public kwtest::PlatformTest {
+class ConfigData : public kwtest::ScopeFilesTest {
  protected:
-  // Scope files in the temp folder: g.ini (1), r.ini (2), l.ini (3); scope 0 s.ini.
-  void Names(std::u16string (&names)[4]) const {
-    const char* files[4] = {"s.ini", "g.ini", "r.ini", "l.ini"};
-    for (int i = 0; i < 4; ++i) names[i] = U(Temp(files[i]).string());
-  }
-  void Load(KwConfigData& store) const {
-    std::u16string names[4];
-    Names(names);
-    store.Load(names);
-  }
   // The lines of a section, joined by "\n".
   static std::string Lines(const KwCfgSection* section) {
     if (section == nullptr) return "<none>";

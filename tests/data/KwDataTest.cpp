@@ -7,7 +7,7 @@
 #include "base/CodePages.h"
 #include "base/KwFolders.h"
 #include "data/KwConfigData.h"
-#include "support/TestSupport.h"
+#include "data/ScopeFiles.h"
 
 namespace {
 
@@ -17,17 +17,8 @@ using kw::KwDataSet;
 
 std::u16string U(const std::string& s) { return kw::FromUtf8(s); }
 
-class DataStore : public kwtest::PlatformTest {
+class DataStore : public kwtest::ScopeFilesTest {
  protected:
-  void Names(std::u16string (&names)[4]) const {
-    const char* files[4] = {"s.ini", "g.ini", "r.ini", "l.ini"};
-    for (int i = 0; i < 4; ++i) names[i] = U(Temp(files[i]).string());
-  }
-  void Load(KwConfigData& store) const {
-    std::u16string names[4];
-    Names(names);
-    store.Load(names);
-  }
   static KwCfgSection* Section(const std::u16string& name, const std::u16string& line) {
     auto* s = new KwCfgSection(name, KwConfigData::GetIniProjIndex(name));
     s->AddLine(line);
