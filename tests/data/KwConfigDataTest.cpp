@@ -13,8 +13,6 @@ namespace {
 using kw::KwCfgSection;
 using kw::KwConfigData;
 
-std::u16string U(const std::string& s) { return kw::FromUtf8(s); }
-
 class ConfigData : public kwtest::ScopeFilesTest {
  protected:
   // The lines of a section, joined by "\n".
