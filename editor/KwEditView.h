@@ -252,6 +252,8 @@ class KwEditView {
   // of lines), any other text as InsertText.
   int OnEditPaste();
   int OnUpdateEditPaste();
+  // Copy and cut need a fly or a fix selection.
+  int OnUpdateEditCopy() { return (GetSelFlags() & kSelMaskAny) != 0 ? kUpdateEnabled : 0; }
   // Empties the clipboard.
   void OnClipCls();
   // The marked lines (each with its end of line) to the clipboard; Cut deletes them.
@@ -313,9 +315,9 @@ class KwEditView {
   void OnEditFormNum();   // column form (numbers through a picture)
   void OnEditLineUmb();   // line break
   void OnEditSort();
-  void OnColAssist();     // table replacement
+  void OnColAssist();     // line selection by a field (the column assistant)
   void OnColWrite();
-  void OnEditMenu();      // transformation rules: not available
+  void OnEditMenu();      // transformation rules: not available (NotYetImplemented)
   void OnEditFind();
   void OnEditReplace();
   void OnEditReplTab();
