@@ -302,6 +302,80 @@ TEST(CodePages, FastPathsAgreeWithTheCharacterLoop) {
   }
 }
 
+namespace {
+
+// Decodes `bytes` byte by byte (every character through the general loop, no block ever full).
+std::u16string FedByteByByte(unsigned codePage, const std::string& bytes) {
+  std::u16string fed;
+  std::string carry;
+  for (size_t i = 0; i <= bytes.size(); ++i) {
+    const bool final = i == bytes.size();
+    if (!final) carry += bytes[i];
+    char16_t out[8];
+    int64_t used = 0, written = 0;
+    EXPECT_EQ(DecodeBytes(codePage, carry.data(), static_cast<int64_t>(carry.size()), out, 8, final, &used,
+                          &written),
+              kErrorSuccess);
+    fed.append(out, static_cast<size_t>(written));
+    carry.erase(0, static_cast<size_t>(used));
+  }
+  return fed;
+}
+
+// Decodes `bytes` whole into destinations of `room` units at a time, as a caller with a small buffer
+// does; the source is exactly as long as the text (no readable byte behind it for a block to overrun).
+std::u16string DecodeInSteps(unsigned codePage, const std::string& bytes, int64_t room) {
+  const std::vector<char> exact(bytes.begin(), bytes.end());
+  std::u16string all;
+  int64_t at = 0;
+  for (int guard = 0; at < static_cast<int64_t>(exact.size()) && guard < 100000; ++guard) {
+    std::vector<char16_t> out(static_cast<size_t>(room));
+    int64_t used = 0, written = 0;
+    const uint32_t r = DecodeBytes(codePage, exact.data() + at, static_cast<int64_t>(exact.size()) - at,
+                                   out.data(), room, true, &used, &written);
+    EXPECT_TRUE(r == kErrorSuccess || r == kErrorInsufficientBuffer) << r;
+    all.append(out.data(), static_cast<size_t>(written));
+    at += used;
+  }
+  return all;
+}
+
+}  // namespace
+
+TEST(CodePages, BlockPathsAgreeAcrossBlockBorders) {
+  // Every kind of character, valid or not, at every offset around the 16- and 8-byte blocks of the
+  // ASCII path, in long ASCII runs: the block decoder must give what the character loop gives.
+  const std::string kinds[] = {"\xC3\xA4", "\xC3", "\x80", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xFF",
+                               "\xC3\xA4\xC3\xB6", "\xC2\x7F", "\xDF\xBF", "\xE2\x82"};
+  for (const std::string& kind : kinds) {
+    for (size_t at = 0; at < 40; ++at) {
+      std::string bytes(48, 'q');
+      bytes.insert(at, kind);
+      bytes.resize(48);  // also cut inside the character at the end
+      for (const unsigned codePage : {65001u, 1252u}) {
+        const std::u16string fed = FedByteByByte(codePage, bytes);
+        EXPECT_EQ(Decode(codePage, bytes), fed) << codePage << " at " << at;
+        EXPECT_EQ(DecodeInSteps(codePage, bytes, 17), fed) << codePage << " at " << at;
+      }
+    }
+  }
+  // Random German-like and broken text, long enough for many blocks, whole and in small steps.
+  std::mt19937 random(11);
+  const std::string pieces[] = {"Stra",  "\xC3\x9F", "e ", "\xC3\xBC", "ber ", "\r\n", "Gr\xC3\xB6\xC3\x9F" "e",
+                                "\xE2\x82\xAC", "\xFC", "\x80\xBF", "\xF0\x9F\x98\x80", "0123456789abcdefg"};
+  for (int round = 0; round < 200; ++round) {
+    std::string bytes;
+    for (size_t k = 20 + random() % 40; k > 0; --k) bytes += pieces[random() % std::size(pieces)];
+    for (const unsigned codePage : {65001u, 1252u, 437u}) {
+      const std::u16string fed = FedByteByByte(codePage, bytes);
+      EXPECT_EQ(Decode(codePage, bytes), fed) << codePage << " round " << round;
+      EXPECT_EQ(DecodeInSteps(codePage, bytes, 16 + static_cast<int64_t>(random() % 20)), fed)
+          << codePage << " round " << round;
+      EXPECT_EQ(Encode(codePage, fed), bytes) << codePage << " round " << round;
+    }
+  }
+}
+
 TEST(CodePages, AnsiStringsAndCharacters) {
   EXPECT_EQ(GetAnsiChar(u'\u00DF'), '\xDF');
   EXPECT_EQ(GetAnsiChar(u'\u0394'), '#');  // Greek capital delta: no ANSI byte
