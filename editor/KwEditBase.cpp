@@ -667,15 +667,17 @@ void KwEditBase::ReplaceText(Index start, int64_t removed, const char16_t* text,
     MeasureLine(k);
   }
 
-  // Removed lines take their entries with them; inserted lines come without any.
-  const bool hadFF = !m_FFTable.empty();
-  if (removedEOLs > 0) {
+  // Removed lines take their entries with them; inserted lines come without any. A bulk replacement
+  // (ApplySplices) moves the line tables once for all its splices instead.
+  const bool moveTables = !m_KeepLineTables;
+  const bool hadFF = !m_FFTable.empty() && moveTables;
+  if (moveTables && removedEOLs > 0) {
     MoveLineMarks(moveFrom, -removedEOLs);
     MoveBookMarks(moveFrom, -removedEOLs);
     MoveFFs(moveFrom, -removedEOLs);
     MoveSyntaxColorFlags(moveFrom, -removedEOLs);
   }
-  if (insertedEOLs > 0) {
+  if (moveTables && insertedEOLs > 0) {
     MoveLineMarks(moveFrom, insertedEOLs);
     MoveBookMarks(moveFrom, insertedEOLs);
     MoveFFs(moveFrom, insertedEOLs);
@@ -685,7 +687,7 @@ void KwEditBase::ReplaceText(Index start, int64_t removed, const char16_t* text,
     m_SyntaxFlags.resize(static_cast<size_t>(m_LinesInDoc + 1001), 0);
   const bool ffInText = text != nullptr && scan::Count(text, givenLength, kFormFeed) > 0;
   // One line more: an edit at the LF of a CR LF pair changes the line behind it.
-  if (hadFF || ffInText) RecheckFFs(startLine, startLine + insertedEOLs + 1);
+  if (moveTables && (hadFF || ffInText)) RecheckFFs(startLine, startLine + insertedEOLs + 1);
   // The edited and inserted lines may be longer than the longest known.
   for (Line l = startLine; l <= startLine + insertedEOLs; ++l) {
     const int64_t n = LineLength(l, 0);

@@ -451,6 +451,16 @@ class KwEditBase {
   // Saves `splices` (texts outside the document) in a type-3 record, when `recordUndo`, and applies them.
   int64_t ApplyAndRecord(const std::vector<Splice>& splices, int recordUndo);
   void ApplySplices(const std::vector<Splice>& splices);
+  // A splice that adds or removes lines, in the line numbers before the step: `removed` lines from
+  // `from` on go with their marks and other line entries, `inserted` new ones come in their place.
+  struct LineShift {
+    Line line;  // the line the splice starts in
+    Line from;
+    int64_t removed;
+    int64_t inserted;
+  };
+  // Moves the line marks, bookmarks and syntax flags for ascending shifts in one pass.
+  void MoveLineTables(const std::vector<LineShift>& shifts);
   int64_t UndoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t RedoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
 
@@ -584,6 +594,7 @@ class KwEditBase {
   int m_DocChanged = 0;
   double m_FileTime = 0;               // KwTime value of the file's last write when read or written
   int m_Interactive = 1;
+  bool m_KeepLineTables = false;       // while set, ReplaceText leaves the line tables to its caller
   int m_Encoding = 0;
   bool m_ByteOrderMark = false;
   int m_ReadEncoding = -1;

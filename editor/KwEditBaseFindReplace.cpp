@@ -213,6 +213,24 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
       if (p[i] == eol || (eol == kCR && p[i] == kLF)) return false;
     return true;
   };
+  // Splices that add or remove lines, in the numbers of the text before the step: the line tables
+  // are moved for all of them at once at the end, instead of once per splice.
+  std::vector<LineShift> shifts;
+  {
+    std::u16string removed;
+    for (const Splice& s : splices) {
+      const int64_t inserted = CountEOLs(s.text, s.length);
+      removed.resize(static_cast<size_t>(s.removed));
+      if (s.removed > 0) GetText(s.at, removed.data(), s.removed);
+      const int64_t gone = CountEOLs(removed.data(), s.removed);
+      if (inserted == 0 && gone == 0) continue;
+      const Line startLine = LineFromIndex(s.at, nullptr);
+      const Line moveFrom = LineStart(startLine) == s.at ? startLine : startLine + 1;
+      shifts.push_back({startLine, moveFrom, gone, inserted});
+    }
+  }
+  const bool lineChanges = !shifts.empty();
+  m_KeepLineTables = lineChanges;
   bool formFeeds = false;
   // A rebuilt chunk moves or changes the cached line; the cache is renewed before the next lookup.
   bool dirty = false;
@@ -234,9 +252,11 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
         cs -= c->used;
       }
     }
+    // With line changes the chunk's count of ends of line is made again after its rebuild; a CR LF
+    // pair may then also be split or joined inside the chunk.
     const auto inChunk = [&](const Splice& x) {
-      return x.at >= cs && x.at + x.removed <= cs + static_cast<int64_t>(c->used) && plain(x.text, x.length) &&
-             plain(c->text + (x.at - cs), x.removed);
+      return x.at >= cs && x.at + x.removed <= cs + static_cast<int64_t>(c->used) &&
+             (lineChanges || (plain(x.text, x.length) && plain(c->text + (x.at - cs), x.removed)));
     };
     if (!inChunk(s)) {
       settle();
@@ -266,6 +286,7 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
           std::memcpy(c->text + (splices[k].at - cs), splices[k].text,
                       static_cast<size_t>(splices[k].length) * sizeof(char16_t));
     } else if (newUsed == 0 && (c->prev || c->next)) {
+      m_LinesInDoc -= c->eols;
       RemoveElement(c);
       m_TotalChars += delta;
       c = nullptr;
@@ -302,20 +323,79 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
       delete fresh;
       m_TotalChars += delta;
     }
+    if (lineChanges) {
+      const int64_t eols = CountEOLs(c->text, c->used);
+      m_LinesInDoc += eols - c->eols;
+      c->eols = eols;
+    }
     i = j;
   }
+  m_KeepLineTables = false;
   ResetCache();
-  if (formFeeds) BuildFFTable();
+  if (lineChanges) MoveLineTables(shifts);
+  if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
   // Lines that grew may now be the longest.
   int64_t shift = 0;
   Line lastLine = -1;
   for (const Splice& s : splices) {
-    if (s.length > s.removed) {
+    // With line changes a removed end of line may also have joined two lines.
+    if (s.length > s.removed || lineChanges) {
       const Line l = LineFromIndex(s.at + shift, nullptr);
-      if (l != lastLine) m_LongestLine = std::max(m_LongestLine, LineLength(l, 0));
-      lastLine = l;
+      const Line end = lineChanges ? LineFromIndex(s.at + shift + s.length, nullptr) : l;
+      for (Line k = std::max(l, lastLine + 1); k <= end; ++k) m_LongestLine = std::max(m_LongestLine, LineLength(k, 0));
+      lastLine = std::max(lastLine, end);
     }
     shift += s.length - s.removed;
+  }
+}
+
+void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
+  // An old line inside a shift's removed lines goes with them; a later one moves by the lines that
+  // the shifts before it added and removed. New lines come without entries.
+  auto remap = [&](Line line, size_t& k, int64_t& delta) -> Line {
+    while (k < shifts.size() && shifts[k].from + shifts[k].removed <= line) {
+      delta += shifts[k].inserted - shifts[k].removed;
+      ++k;
+    }
+    if (k < shifts.size() && line >= shifts[k].from) return -1;
+    return line + delta;
+  };
+  if (!m_LineMarks.empty()) {
+    std::vector<Line> marked;
+    for (Line l = GetNextLineMark(-1); l >= 0; l = GetNextLineMark(l)) marked.push_back(l);
+    std::fill(m_LineMarks.begin(), m_LineMarks.end(), 0);
+    size_t k = 0;
+    int64_t delta = 0;
+    for (Line l : marked) {
+      const Line to = remap(l, k, delta);
+      if (to < 0) continue;
+      if (to >= m_LineMarkCapacity) InitLineMarks(to + 1);
+      SetLineMarkBit(to, 1);
+    }
+  }
+  if (!m_BookMarks.empty()) {
+    std::vector<Line> moved;
+    size_t k = 0;
+    int64_t delta = 0;
+    for (Line l : m_BookMarks) {
+      const Line to = remap(l, k, delta);
+      if (to >= 0) moved.push_back(to);
+    }
+    m_BookMarks = std::move(moved);
+  }
+  if (!m_SyntaxFlags.empty()) {
+    std::vector<uint32_t> moved(m_SyntaxFlags.size() + static_cast<size_t>(std::max<int64_t>(m_LinesInDoc, 0)), 0u);
+    size_t k = 0;
+    int64_t delta = 0;
+    size_t top = 0;
+    for (size_t l = 0; l < m_SyntaxFlags.size(); ++l) {
+      const Line to = remap(static_cast<Line>(l), k, delta);
+      if (to < 0 || static_cast<size_t>(to) >= moved.size()) continue;
+      moved[static_cast<size_t>(to)] = m_SyntaxFlags[l];
+      top = std::max(top, static_cast<size_t>(to) + 1);
+    }
+    moved.resize(std::max(top, static_cast<size_t>(m_LinesInDoc + 1001)));
+    m_SyntaxFlags = std::move(moved);
   }
 }
 

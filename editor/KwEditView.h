@@ -465,6 +465,18 @@ class KwEditView {
   // Deletes `lines` (ascending, no repeats) with their ends of line as one undo step and clamps the
   // caret; the fly selection goes. Returns 1, 0 when the change could not be made.
   int DeleteTaskLines(const std::vector<Line>& lines);
+  // The action of a line selection (kLineAction...) on the `selected` lines of a task and the
+  // `others` of its area (ascending): marks set or cleared, or lines deleted as one undo step.
+  int ApplyLineAction(int action, const std::vector<Line>& selected, const std::vector<Line>& others);
+  // Inserts `count` copies of `unit` at the caret (a caret beyond the line's end first fills the line
+  // with blanks) as one undo step; the caret goes behind them. Returns 1, 0 when it failed.
+  int InsertUnitsAtCaret(char16_t unit, int64_t count);
+  // Finds `text` for a find command (0 next from the caret, 1 previous from the selection's start,
+  // 2 first, 3 last) under `options`; 1 and the match, or 0.
+  int FindFrom(const std::u16string& text, const KwFindEventOptions& options, int command, Line* line,
+               int64_t* column, int64_t* length);
+  // Selects the match at (line, column) of `length` units as a stream, the caret behind it.
+  void SelectMatch(Line line, int64_t column, int64_t length);
 
  public:
   // ==== End of the column and line tasks ===============================================================

@@ -117,6 +117,26 @@ class TermInput {
   int64_t m_Values[5] = {0, 0, 0, 0, 0};
 };
 
+// Visits the lines of a task in order: calls `visit(line, text, length, ordinal)` for each (the
+// marked ones only for the marked-lines area) with the line read into a reused zero-terminated
+// buffer, counting them in `result.lines`. A stopped pane ends the walk; what was collected stays.
+template <class Visit>
+void ForTaskLines(KwEditBase& doc, const TaskLines& lines, const std::u16string& title, int64_t& visited,
+                  Visit&& visit) {
+  TaskPane pane(title, lines.count);
+  LineReader reader(doc);
+  int64_t ordinal = 0;
+  for (Line line = lines.first; line <= lines.last; ++line) {
+    if (lines.markedOnly && doc.GetLineMark(line) == 0) continue;
+    if (!pane.Step(ordinal)) break;
+    ++ordinal;
+    ++visited;
+    int64_t length = 0;
+    const char16_t* text = reader.Read(line, &length);
+    visit(line, text, length, ordinal);
+  }
+}
+
 // Input of an arithmetic or logical term for the current line.
 TermInput MakeInput(KwEditBase& doc, const TaskLines& lines, const KwMathTerm& term);
 TermInput MakeInput(KwEditBase& doc, const TaskLines& lines, const KwLogiTerm& term);

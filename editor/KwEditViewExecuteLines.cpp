@@ -68,39 +68,26 @@ int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
   TaskPane pane(u"EditLineSelect", lines.count);
   LineReader reader(*m_Doc);
   execute::TermInput input = execute::MakeInput(*m_Doc, lines, term);
-  std::vector<Line> doomed;
+  std::vector<Line> selected, others;
   int64_t ordinal = 0;
   for (Line line = lines.first; line <= lines.last; ++line) {
     if (lines.markedOnly && m_Doc->GetLineMark(line) == 0) continue;
     if (!pane.Step(ordinal)) break;
     ++ordinal;
     ++r.lines;
-    bool selected = true;
+    bool hit = true;
     if (!everyLine) {
       int64_t length = 0;
       const char16_t* text = reader.Read(line, &length);
       input.Prepare(line, length, ordinal);
-      selected = (input.otherRows() ? term.CalculateResult(input.fields(), input.values(), 0)
-                                    : term.CalculateResult(text, input.values(), 0)) != 0;
+      hit = (input.otherRows() ? term.CalculateResult(input.fields(), input.values(), 0)
+                               : term.CalculateResult(text, input.values(), 0)) != 0;
     }
-    if (p->m_Invert != 0) selected = !selected;
-    if (selected) ++r.changed;
-    switch (p->m_Action) {
-      case kLineActionMark:
-        if (selected) m_Doc->SetLineMark(line, 1);
-        break;
-      case kLineActionUnmark:
-        if (selected) m_Doc->SetLineMark(line, 0);
-        break;
-      case kLineActionDelete:
-        if (selected) doomed.push_back(line);
-        break;
-      default:  // keep
-        if (!selected) doomed.push_back(line);
-        break;
-    }
+    if (p->m_Invert != 0) hit = !hit;
+    (hit ? selected : others).push_back(line);
   }
-  if (DeleteTaskLines(doomed) == 0) return 0;
+  r.changed = static_cast<int64_t>(selected.size());
+  if (ApplyLineAction(p->m_Action, selected, others) == 0) return 0;
   RecordIfRecording(p);
   return 1;
 }
@@ -114,18 +101,63 @@ int KwEditView::ExecuteLineUmform(KwUmfEvent* /*event*/) {
 
 int KwEditView::ExecuteRecordEvent(KwRecordEvent* event) {
   if (event == nullptr) return 0;
+  // The kind is told by the class, not only by the letter: an application's own kind may share one.
   switch (event->GetType()) {
-    case kEventLineSelect:
-      return ExecuteLineMark(static_cast<KwLineSelectEvent*>(event));
-    case kEventColCalc:
-      return ExecuteColCalc(static_cast<KwColCalcEvent*>(event));
-    case kEventColSum:
-      return ExecuteColSum(static_cast<KwColSumEvent*>(event));
+    case kEventFind:
+      if (auto* e = dynamic_cast<KwFindEvent*>(event)) return ExecuteFind(e);
+      break;
+    case kEventRepl:
+      if (auto* e = dynamic_cast<KwReplEvent*>(event)) return ExecuteReplace(e);
+      break;
+    case kEventBChar:
+      if (auto* e = dynamic_cast<KwBCharEvent*>(event)) return ExecuteBinChar(e);
+      break;
+    case kEventXChar:
+      if (auto* e = dynamic_cast<KwXCharEvent*>(event)) return ExecuteExtChar(e);
+      break;
+    case kEventAlign:
+      if (auto* e = dynamic_cast<KwAlignEvent*>(event)) return ExecuteColAlign(e);
+      break;
+    case kEventTableRep:
+      if (auto* e = dynamic_cast<KwTableRepEvent*>(event)) return ExecuteTableRep(e);
+      break;
+    case kEventColWrite:
+      if (auto* e = dynamic_cast<KwColWriteEvent*>(event)) return ExecuteColReplace(e);
+      break;
+    case kEventColForm:
+      if (auto* e = dynamic_cast<KwColFormEvent*>(event)) return ExecuteColForm(e);
+      break;
+    case kEventSort:
+      if (auto* e = dynamic_cast<KwSortEvent*>(event)) return ExecuteLineSort(e);
+      break;
     case kEventUmf:
-      return ExecuteLineUmform(static_cast<KwUmfEvent*>(event));
+      if (auto* e = dynamic_cast<KwUmfEvent*>(event)) return ExecuteLineUmform(e);
+      break;
+    case kEventLineBreak:
+      if (auto* e = dynamic_cast<KwLineBreakEvent*>(event)) return ExecuteLineUmb(e);
+      break;
+    case kEventLineSelect:
+      if (auto* e = dynamic_cast<KwLineSelectEvent*>(event)) return ExecuteLineMark(e);
+      break;
+    case kEventLine2:
+      if (auto* e = dynamic_cast<KwLine2Event*>(event)) return ExecuteLine2(e);
+      break;
+    case kEventColCalc:
+      if (auto* e = dynamic_cast<KwColCalcEvent*>(event)) return ExecuteColCalc(e);
+      break;
+    case kEventColSum:
+      if (auto* e = dynamic_cast<KwColSumEvent*>(event)) return ExecuteColSum(e);
+      break;
+    case kEventAutoInsert:
+      if (auto* e = dynamic_cast<KwAutoInsertEvent*>(event)) return ExecuteAutoInsert(e);
+      break;
+    case kEventGotoSelectedLine:
+      if (auto* e = dynamic_cast<KwGotoSelectedLineEvent*>(event)) return ExecuteGotoMarkedLine(e);
+      break;
     default:
-      return 0;
+      break;
   }
+  return 0;
 }
 
 }  // namespace kw

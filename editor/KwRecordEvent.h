@@ -180,7 +180,8 @@ class KwTemplateEvent : public KwRecordEvent {
 struct KwFindEventOptions {
   static constexpr int kOptionCount = 6;
   // The options of the shared find parameters: 0 match case, 1 wildcards, 2 code-page (ASCII)
-  // conversion of the escapes, 3 to 5 further dialog switches.
+  // conversion of the escapes, 3 to 5 further dialog switches. A find event's option 3 asks the find
+  // to count every match of the text as well (KwEditView::GetLastExecute().changed).
   int m_Options[kOptionCount] = {0, 0, 0, 0, 0, 0};
   int m_InSelection = 0;  // matches must lie inside the fix selection (the "...Sel" commands)
   int m_MarkedOnly = 0;   // only marked lines are searched
