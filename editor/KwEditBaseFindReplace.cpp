@@ -270,8 +270,10 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
     // Rebuild the chunk for splices [j, i).
     const auto used = static_cast<int64_t>(c->used);
     int64_t delta = 0;
+    bool sameLengths = true;  // every splice overwrites as many units as it removes: no shifting
     for (size_t k = j; k < i; ++k) {
       delta += splices[k].length - splices[k].removed;
+      sameLengths = sameLengths && splices[k].length == splices[k].removed;
       if (!formFeeds)
         formFeeds = std::char_traits<char16_t>::find(splices[k].text, static_cast<size_t>(splices[k].length),
                                                      kFormFeed) != nullptr ||
@@ -280,7 +282,7 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
     }
     const int64_t newUsed = used + delta;
     dirty = true;
-    if (delta == 0) {
+    if (sameLengths) {
       for (size_t k = j; k < i; ++k)
         if (splices[k].length)
           std::memcpy(c->text + (splices[k].at - cs), splices[k].text,
@@ -350,24 +352,41 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
 }
 
 void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
-  // An old line inside a shift's removed lines goes with them; a later one moves by the lines that
-  // the shifts before it added and removed. New lines come without entries.
-  auto remap = [&](Line line, size_t& k, int64_t& delta) -> Line {
-    while (k < shifts.size() && shifts[k].from + shifts[k].removed <= line) {
-      delta += shifts[k].inserted - shifts[k].removed;
-      ++k;
-    }
-    if (k < shifts.size() && line >= shifts[k].from) return -1;
-    return line + delta;
+  // The tables end as if ReplaceText had moved them splice by splice from the last to the first:
+  // each splice removes the entries of its `removed` lines from `from` on and moves the later ones
+  // by inserted - removed. Followed backwards from the last splice at or before it, a line either
+  // lands in a splice's removed lines (its entry goes) or moves on; its distance beyond the removed
+  // lines of the splice it passed ("excess") shrinks by at most one per splice, so it is enough to
+  // know, for every splice, the greatest fall of that distance among the splices before it:
+  //   excess before splice k-1 = excess after splice k + c[k],  c[k] = inserted[k] + gap between
+  //   splice k-1's removed lines and splice k's first line (never below -1),
+  // and the line is lost when the excess becomes negative.
+  const size_t n = shifts.size();
+  std::vector<int64_t> sumC(n), maxSumC(n), sumDelta(n);
+  for (size_t k = 0; k < n; ++k) {
+    const int64_t c = k == 0 ? 0
+                             : shifts[k].inserted + shifts[k].from - shifts[k - 1].from - shifts[k - 1].removed;
+    sumC[k] = (k == 0 ? 0 : sumC[k - 1]) + c;
+    maxSumC[k] = k == 0 ? sumC[k] : std::max(maxSumC[k - 1], sumC[k]);
+    sumDelta[k] = (k == 0 ? 0 : sumDelta[k - 1]) + shifts[k].inserted - shifts[k].removed;
+  }
+  // Lines must come in ascending order; `k` is the count of splices starting at or before the line.
+  auto remap = [&](Line line, size_t& k) -> Line {
+    while (k < n && shifts[k].from <= line) ++k;
+    if (k == 0) return line;
+    const size_t s = k - 1;
+    const int64_t excess = line - shifts[s].from - shifts[s].removed;
+    if (excess < 0) return -1;
+    if (s > 0 && maxSumC[s - 1] > excess + sumC[s]) return -1;
+    return line + sumDelta[s];
   };
   if (!m_LineMarks.empty()) {
     std::vector<Line> marked;
     for (Line l = GetNextLineMark(-1); l >= 0; l = GetNextLineMark(l)) marked.push_back(l);
     std::fill(m_LineMarks.begin(), m_LineMarks.end(), 0);
     size_t k = 0;
-    int64_t delta = 0;
     for (Line l : marked) {
-      const Line to = remap(l, k, delta);
+      const Line to = remap(l, k);
       if (to < 0) continue;
       if (to >= m_LineMarkCapacity) InitLineMarks(to + 1);
       SetLineMarkBit(to, 1);
@@ -376,9 +395,8 @@ void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
   if (!m_BookMarks.empty()) {
     std::vector<Line> moved;
     size_t k = 0;
-    int64_t delta = 0;
     for (Line l : m_BookMarks) {
-      const Line to = remap(l, k, delta);
+      const Line to = remap(l, k);
       if (to >= 0) moved.push_back(to);
     }
     m_BookMarks = std::move(moved);
@@ -386,10 +404,9 @@ void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
   if (!m_SyntaxFlags.empty()) {
     std::vector<uint32_t> moved(m_SyntaxFlags.size() + static_cast<size_t>(std::max<int64_t>(m_LinesInDoc, 0)), 0u);
     size_t k = 0;
-    int64_t delta = 0;
     size_t top = 0;
     for (size_t l = 0; l < m_SyntaxFlags.size(); ++l) {
-      const Line to = remap(static_cast<Line>(l), k, delta);
+      const Line to = remap(static_cast<Line>(l), k);
       if (to < 0 || static_cast<size_t>(to) >= moved.size()) continue;
       moved[static_cast<size_t>(to)] = m_SyntaxFlags[l];
       top = std::max(top, static_cast<size_t>(to) + 1);

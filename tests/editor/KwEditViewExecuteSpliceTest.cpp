@@ -1,0 +1,118 @@
+// The bulk replacement the line tasks apply their changes with (KwEditBase::ReplaceRanges): against
+// the same changes made one by one with SelReplace, in tiny and larger chunks, with lines added and
+// removed, marks and bookmarks moving with their lines, and one undo step restoring the text.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "editor/KwEditBase.h"
+#include "support/TestSupport.h"
+
+namespace {
+
+using kw::KwEditBase;
+using kw::KwTextSplice;
+
+void Load(KwEditBase& doc, const std::u16string& text, int64_t chunk) {
+  doc.SetChunkUnits(chunk);
+  doc.InitEdit();
+  doc.SetEOLType(13);
+  doc.AddText(text, 0, 0);
+  doc.ResetUndoStack();
+}
+
+TEST(EditBaseReplaceRanges, MatchesOneByOneEditsWithLineChangesMarksAndUndo) {
+  const std::u16string pieces[] = {u"", u"x", u"\r\n", u"ab\r\ncd", u"\r\n\r\n", u"long piece of text"};
+  for (int64_t chunk : {3, 7, 256}) {
+    for (unsigned seed = 1; seed <= 30; ++seed) {
+      SCOPED_TRACE(testing::Message() << "chunk " << chunk << " seed " << seed);
+      std::mt19937 rng(seed);
+      std::u16string text;
+      const int lines = 5 + static_cast<int>(rng() % 30);
+      for (int l = 0; l < lines; ++l) {
+        text += std::u16string(rng() % 9, static_cast<char16_t>(u'a' + l % 26));
+        if (l + 1 < lines || rng() % 2) text += u"\r\n";
+      }
+      KwEditBase bulk, single;
+      Load(bulk, text, chunk);
+      Load(single, text, chunk);
+      for (int64_t l = 0; l <= bulk.GetLinesInDoc(); ++l) {
+        if (rng() % 3 == 0) {
+          bulk.SetLineMark(l, 1);
+          single.SetLineMark(l, 1);
+        }
+        if (rng() % 5 == 0) {
+          bulk.ToggleBookMark(l);
+          single.ToggleBookMark(l);
+        }
+      }
+      // Sorted, non-overlapping splices; a removed range may hold ends of line (never half a CR LF).
+      std::vector<KwTextSplice> splices;
+      std::vector<std::u16string> keep;
+      keep.reserve(64);
+      kw::Index at = 0;
+      const auto total = static_cast<kw::Index>(text.size());
+      while (splices.size() < 40) {
+        at += static_cast<kw::Index>(rng() % 6);
+        if (at > total) break;
+        if (at > 0 && at < total && text[static_cast<size_t>(at)] == u'\n') ++at;
+        int64_t removed = static_cast<int64_t>(rng() % 5);
+        if (at + removed > total) removed = total - at;
+        if (at + removed < total && removed > 0 && text[static_cast<size_t>(at + removed)] == u'\n') ++removed;
+        keep.push_back(pieces[rng() % 6]);
+        splices.push_back({at, removed, keep.back().data(), static_cast<int64_t>(keep.back().size())});
+        at += removed;
+      }
+      std::u16string model = text;
+      for (size_t k = splices.size(); k-- > 0;) {
+        const KwTextSplice& s = splices[k];
+        model.replace(static_cast<size_t>(s.at), static_cast<size_t>(s.removed), s.text,
+                      static_cast<size_t>(s.length));
+        single.SelReplaceAt(s.at, s.at + s.removed, s.text, s.length, 0);
+      }
+      ASSERT_EQ(bulk.ReplaceRanges(splices.data(), static_cast<int64_t>(splices.size()), 1),
+                static_cast<int64_t>(splices.size()));
+      EXPECT_EQ(bulk.GetAllText(), model);
+      EXPECT_EQ(single.GetAllText(), model);
+      EXPECT_EQ(bulk.Check(), 1);
+      EXPECT_EQ(bulk.GetLinesInDoc(), single.GetLinesInDoc());
+      for (int64_t l = 0; l <= single.GetLinesInDoc(); ++l) {
+        EXPECT_EQ(bulk.GetLineMark(l), single.GetLineMark(l)) << "line " << l;
+        EXPECT_EQ(bulk.IsBookMarkInLine(l), single.IsBookMarkInLine(l)) << "line " << l;
+      }
+      EXPECT_GE(bulk.GetLongestLine(), [&] {
+        int64_t n = 0;
+        for (int64_t l = 0; l <= bulk.GetLinesInDoc(); ++l) n = std::max(n, bulk.LineLength(l));
+        return n;
+      }());
+      bulk.UndoEdit(nullptr);
+      EXPECT_EQ(bulk.GetAllText(), text);
+      EXPECT_EQ(bulk.Check(), 1);
+      bulk.RedoEdit(nullptr);
+      EXPECT_EQ(bulk.GetAllText(), model);
+    }
+  }
+}
+
+TEST(EditBaseReplaceRanges, RefusesUnsortedOrOutOfRangeSplices) {
+  kwtest::AssertionRecorder asserts;
+  KwEditBase doc;
+  Load(doc, u"abcdef", 3);
+  const KwTextSplice overlap[] = {{2, 2, u"x", 1}, {3, 1, u"y", 1}};
+  EXPECT_EQ(doc.ReplaceRanges(overlap, 2, 1), -1);
+  const KwTextSplice beyond[] = {{5, 4, u"x", 1}};
+  EXPECT_EQ(doc.ReplaceRanges(beyond, 1, 1), -1);
+  EXPECT_EQ(asserts.count(), 2u);
+  EXPECT_EQ(doc.GetAllText(), u"abcdef");
+  EXPECT_FALSE(doc.CanUndo());
+  // Adjacent splices are fine; no undo record when asked for none.
+  const KwTextSplice adjacent[] = {{0, 2, u"X", 1}, {2, 0, u"-", 1}, {2, 4, nullptr, 0}};
+  EXPECT_EQ(doc.ReplaceRanges(adjacent, 3, 0), 3);
+  EXPECT_EQ(doc.GetAllText(), u"X-");
+  EXPECT_FALSE(doc.CanUndo());
+  EXPECT_EQ(doc.ReplaceRanges(nullptr, 0, 1), 0);
+}
+
+}  // namespace
