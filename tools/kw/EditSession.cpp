@@ -129,8 +129,9 @@ int EditSession::Open(const std::string& file, const SessionOptions& options) {
 int EditSession::Run(kw::KwRecordEvent& event) {
   if (view_->ExecuteRecordEvent(&event) != 0) return 0;
   const std::string step = kw::ToUtf8(event.Format());
-  std::string keyword = step.substr(0, step.find('\x7f'));
-  return Error(keyword + " did nothing (" + Summary() + "); " + file_ + " is left as it was");
+  const std::string keyword = step.substr(0, step.find('\x7f'));
+  const std::string what = view_->GetLastExecute().lines > 0 ? " (" + Summary() + ")" : "";
+  return Error(keyword + " did nothing" + what + "; " + file_ + " is left as it was");
 }
 
 int EditSession::ChooseLines(const LineChoice& choice, int* area) {
