@@ -34,7 +34,11 @@ int KwEditView::DeleteTaskLines(const std::vector<Line>& doomed) {
     const Line b = doomed[j];
     Index start = m_Doc->LineStart(a);
     const Index end = m_Doc->LineStart(b) + m_Doc->LineLength(b, 1);
-    if (b == m_Doc->GetLinesInDoc() && a > 0) start = m_Doc->LineStart(a - 1) + m_Doc->LineLength(a - 1, 0);
+    // A run up to a last line with text takes the end of line before it along, so that the text ends as
+    // it did, without one. The empty line behind a final end of line is no text: deleting it and the
+    // lines before it keeps the final end of line of the lines that stay.
+    if (b == m_Doc->GetLinesInDoc() && a > 0 && m_Doc->LineLength(b, 0) > 0)
+      start = m_Doc->LineStart(a - 1) + m_Doc->LineLength(a - 1, 0);
     if (end > start) changes.Add(start, end - start, nullptr, 0);
     i = j + 1;
   }
