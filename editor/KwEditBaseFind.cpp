@@ -109,7 +109,12 @@ int64_t KwEditBase::FindTextW(Line* line, int64_t* column, const char16_t* texts
   if (positions) positions->clear();
   if (lengths) lengths->clear();
 
-  const bool stream = !r.pat.wildcards && !r.markedOnly && !(r.fixSel && stickKind == 2);
+  // Marked lines only, for one literal text without an end of line and no fix selection, is the
+  // stream search passing over unmarked lines: a match cannot span lines.
+  const bool markedStream = r.markedOnly && !r.fixSel && !r.pat.wildcards && r.pat.texts.size() == 1 &&
+                            r.pat.longest < kFindSlice &&
+                            r.pat.texts[0].find_first_of(u"\r\n") == std::u16string::npos;
+  const bool stream = (!r.pat.wildcards && !r.markedOnly && !(r.fixSel && stickKind == 2)) || markedStream;
   const int64_t result = stream ? FindStream(r) : FindLines(r);
   if (result < -1) return result;
   if (r.found >= 0) {
@@ -213,60 +218,88 @@ int64_t KwEditBase::FindStreamLiteral(FindRequest& r, Index lo, Index hi) {
   const char16_t* text = lit.Data();
   const int64_t m = lit.Size();
   const int caseBlind = r.pat.matchCase ? 0 : 1;
-  if (r.forward) {
-    const Index from = std::max(r.start, lo);
-    if (from + m > hi) return -1;
+  constexpr Index kDone = -1, kTake = -2;
+  // Marked lines only (the text holds no end of line, so a match lies in one line): a match in an
+  // unmarked line is passed over and the search goes on at the next (forwards) or previous
+  // (backwards) marked line. kTake for a match to take, else where to go on from, or kDone.
+  auto markCheck = [&](Index at) -> Index {
+    if (!r.markedOnly) return kTake;
+    const Line l = LineFromIndex(at, nullptr);
+    if (GetLineMark(l)) return kTake;
+    const Line next = r.forward ? GetNextLineMark(l) : GetPrevLineMark(l);
+    if (next < 0 || next > m_LinesInDoc) return kDone;
+    return r.forward ? LineStart(next) : LineStart(next) + LineLength(next, 0);
+  };
+  // Forwards from `from`; kDone at the end or when the request is satisfied, else where to go on.
+  auto forward = [&](Index from) -> Index {
+    if (from + m > hi) return kDone;
     Index cs;
     const tagTEXTDESC* c = SeekElement(from, &cs, nullptr);
     int64_t off = from - cs;  // may lie behind the chunk's end after a match across its border
     for (; c; cs += static_cast<int64_t>(c->used), c = c->next) {
       const auto used = static_cast<int64_t>(c->used);
-      if (cs + off + m > hi) return -1;
+      if (cs + off + m > hi) return kDone;
       const int64_t inside = std::min(used, hi - cs);  // matches lie wholly in text[off, inside)
       while (off + m <= inside) {
         const int64_t i = lit.FindFirst(c->text + off, inside - off);
         if (i < 0) break;
-        if (!r.Hit(0, cs + off + i, m)) return r.found;
+        const Index go = markCheck(cs + off + i);
+        if (go != kTake) return go;
+        if (!r.Hit(0, cs + off + i, m)) return kDone;
         off += i + m;
       }
       for (int64_t s = std::max(off, used - m + 1); s < used && cs + s + m <= hi; ++s) {
         if (MatchText(c, s, text, m, caseBlind)) {
-          if (!r.Hit(0, cs + s, m)) return r.found;
+          const Index go = markCheck(cs + s);
+          if (go != kTake) return go;
+          if (!r.Hit(0, cs + s, m)) return kDone;
           s += m - 1;
           off = s + 1;
         }
       }
       off = std::max(off, used) - used;
     }
-    return -1;
-  }
-  const Index to = std::min(r.start, hi);
-  if (to - m < lo) return -1;
-  Index cs;
-  const tagTEXTDESC* c = SeekElement(to - 1, &cs, nullptr);
-  int64_t off = to - cs;  // matches end before c->text[off]; below 0 after a match across the border
-  while (c) {
-    if (cs + off - m < lo) return -1;
-    const int64_t base = std::max<int64_t>(0, lo - cs);  // matches lie wholly in text[base, off)
-    while (off - base >= m) {
-      const int64_t i = lit.FindLast(c->text + base, off - base);
-      if (i < 0) break;
-      if (!r.Hit(0, cs + base + i, m)) return r.found;
-      off = base + i;
-    }
-    for (int64_t j = std::min(off, m - 1) - 1; j >= 0 && cs + j - m + 1 >= lo; --j) {
-      if (MatchTextBack(c, j, text, m, caseBlind)) {
-        if (!r.Hit(0, cs + j - m + 1, m)) return r.found;
-        j -= m - 1;
-        off = j;
+    return kDone;
+  };
+  // Backwards: matches end at or before `to`.
+  auto backward = [&](Index to) -> Index {
+    if (to - m < lo) return kDone;
+    Index cs;
+    const tagTEXTDESC* c = SeekElement(to - 1, &cs, nullptr);
+    int64_t off = to - cs;  // matches end before c->text[off]; below 0 after a match across the border
+    while (c) {
+      if (cs + off - m < lo) return kDone;
+      const int64_t base = std::max<int64_t>(0, lo - cs);  // matches lie wholly in text[base, off)
+      while (off - base >= m) {
+        const int64_t i = lit.FindLast(c->text + base, off - base);
+        if (i < 0) break;
+        const Index go = markCheck(cs + base + i);
+        if (go != kTake) return go;
+        if (!r.Hit(0, cs + base + i, m)) return kDone;
+        off = base + i;
+      }
+      for (int64_t j = std::min(off, m - 1) - 1; j >= 0 && cs + j - m + 1 >= lo; --j) {
+        if (MatchTextBack(c, j, text, m, caseBlind)) {
+          const Index go = markCheck(cs + j - m + 1);
+          if (go != kTake) return go;
+          if (!r.Hit(0, cs + j - m + 1, m)) return kDone;
+          j -= m - 1;
+          off = j;
+        }
+      }
+      off = std::min<int64_t>(off, 0);
+      c = c->prev;
+      if (c) {
+        cs -= static_cast<int64_t>(c->used);
+        off += static_cast<int64_t>(c->used);
       }
     }
-    off = std::min<int64_t>(off, 0);
-    c = c->prev;
-    if (c) {
-      cs -= static_cast<int64_t>(c->used);
-      off += static_cast<int64_t>(c->used);
-    }
+    return kDone;
+  };
+  if (r.forward) {
+    for (Index go = std::max(r.start, lo); go != kDone;) go = forward(go);
+  } else {
+    for (Index go = std::min(r.start, hi); go != kDone;) go = backward(go);
   }
   return -1;
 }

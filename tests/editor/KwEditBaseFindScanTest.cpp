@@ -176,12 +176,12 @@ void Fill(KwEditBase& doc, const std::u16string& text, int64_t units) {
 }
 
 std::vector<int64_t> Collect(KwEditBase& doc, kw::Index at, const std::u16string& pat, int forward, int matchCase,
-                             int marked = 0, int wild = 0) {
+                             int marked = 0, int wild = 0, int fixSel = 0) {
   int64_t column = 0, length = 0;
   int64_t line = doc.LineFromIndex(at, &column);
   std::vector<int64_t> positions;
   const auto end = static_cast<int64_t>(pat.size());
-  doc.FindTextW(&line, &column, pat.data(), &end, 1, forward, matchCase, 0, marked, wild, &length, &positions);
+  doc.FindTextW(&line, &column, pat.data(), &end, 1, forward, matchCase, fixSel, marked, wild, &length, &positions);
   return positions;
 }
 
@@ -267,16 +267,19 @@ TEST(FindKernel, LineSearchUsesTheLeadOfLiteralsAndWildcards) {
   for (int l = 0; l < 60; ++l) text += RandomText(rng, rng() % 120, 6) + u"\r\n";
   KwEditBase doc;
   Fill(doc, text, 64);
-  doc.InvertLineMark();  // all lines marked: the line search runs
+  // A column fix selection over every line and column: the line search runs for literals too.
+  doc.SetStickSelection(2, 0, 0, doc.GetLinesInDoc(), 1000);
   const auto n = static_cast<int64_t>(text.size());
   for (int round = 0; round < 40; ++round) {
     const std::u16string lit = RandomPattern(rng, text, 1 + round % 5);
     if (lit.find_first_of(u"\r\n") != std::u16string::npos) continue;  // the line search stops at line ends
     for (int matchCase = 0; matchCase <= 1; ++matchCase) {
-      EXPECT_EQ(Collect(doc, 0, lit, 1, matchCase, 1), ModelAll(text, lit, matchCase, true)) << round;
-      EXPECT_EQ(Collect(doc, n, lit, 0, matchCase, 1), ModelAll(text, lit, matchCase, false)) << round;
+      EXPECT_EQ(Collect(doc, 0, lit, 1, matchCase, 0, 0, 1), ModelAll(text, lit, matchCase, true)) << round;
+      EXPECT_EQ(Collect(doc, n, lit, 0, matchCase, 0, 0, 1), ModelAll(text, lit, matchCase, false)) << round;
     }
   }
+  doc.UnstickSelection();
+  doc.InvertLineMark();  // all lines marked
   // The lead is what comes before the first wildcard, leading "*" skipped.
   for (const std::u16string pat : {u"aB?b", u"*ab*b", u"a?", u"bA*a*B", u"?a", u"**b"}) {
     for (int matchCase = 0; matchCase <= 1; ++matchCase) {
@@ -285,6 +288,38 @@ TEST(FindKernel, LineSearchUsesTheLeadOfLiteralsAndWildcards) {
       EXPECT_EQ(Collect(doc, 0, pat, 1, matchCase, 1, 1), want) << std::string(pat.begin(), pat.end());
       EXPECT_EQ(Collect(doc, 0, pat, 1, matchCase, 0, 1), want) << std::string(pat.begin(), pat.end());
     }
+  }
+}
+
+TEST(FindKernel, MarkedLinesPassOverUnmarkedOnes) {
+  std::mt19937 rng(31);
+  std::u16string text;
+  for (int l = 0; l < 200; ++l) text += RandomText(rng, rng() % 60, 5) + u"\r\n";
+  KwEditBase doc;
+  Fill(doc, text, 16);
+  for (int64_t l = 0; l <= doc.GetLinesInDoc(); ++l) doc.SetLineMark(l, rng() % 4 == 0);
+  const auto n = static_cast<int64_t>(text.size());
+  auto marked = [&](std::vector<int64_t> all) {
+    std::vector<int64_t> out;
+    for (const int64_t p : all)
+      if (doc.GetLineMark(doc.LineFromIndex(p, nullptr))) out.push_back(p);
+    return out;
+  };
+  for (int round = 0; round < 60; ++round) {
+    const std::u16string lit = RandomPattern(rng, text, 1 + round % 4);
+    const int matchCase = round % 2;
+    const int64_t from = rng() % (n + 1);
+    int64_t col = 0;
+    const kw::Index at = doc.LineStart(doc.LineFromIndex(from, &col)) + col;
+    if (lit.find_first_of(u"\r\n") != std::u16string::npos) {
+      EXPECT_TRUE(Collect(doc, 0, lit, 1, matchCase, 1).empty());  // never across a line end
+      continue;
+    }
+    SCOPED_TRACE(testing::Message() << "round " << round << " from " << at);
+    EXPECT_EQ(Collect(doc, 0, lit, 1, matchCase, 1), marked(ModelAll(text, lit, matchCase, true)));
+    EXPECT_EQ(Collect(doc, n, lit, 0, matchCase, 1), marked(ModelAll(text, lit, matchCase, false)));
+    EXPECT_EQ(Collect(doc, at, lit, 1, matchCase, 1), marked(ModelAll(text, lit, matchCase, true, at)));
+    EXPECT_EQ(Collect(doc, at, lit, 0, matchCase, 1), marked(ModelAll(text, lit, matchCase, false, 0, at)));
   }
 }
 
