@@ -380,6 +380,47 @@ TEST_F(EditCommandsTest, EveryTextCommandUndoesAndRedoesExactly) {
   EXPECT_EQ(asserts_.count(), 0u);
 }
 
+// A seeded soak of random commands over three-unit chunks: undoing every step gives the first text
+// back, redoing every step the last one, and the document's invariants hold throughout.
+TEST_F(EditCommandsTest, RandomCommandsUndoToTheStartAndRedoToTheEnd) {
+  const std::u16string start = u"first line\r\n\r\n  third\r\nfourth line here\r\nend";
+  Fill(start);
+  uint32_t seed = 12345;
+  auto next = [&seed](uint32_t n) {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 16) % n;
+  };
+  for (int step = 0; step < 400; ++step) {
+    switch (next(14)) {
+      case 0: view_.OnChar(static_cast<char16_t>(u'a' + next(26))); break;
+      case 1: view_.OnChar(u'\r'); break;
+      case 2: view_.OnBackSpace(); break;
+      case 3: view_.OnCharDelete(); break;
+      case 4: view_.OnEditLeft(); break;
+      case 5: view_.OnEditDown(); break;
+      case 6: view_.OnEditUp(); break;
+      case 7: view_.OnSelectRight(); view_.OnSelectDown(); break;
+      case 8: view_.OnEditCut(); break;
+      case 9: view_.OnEditPaste(); break;
+      case 10: view_.OnSelectColumn(); break;
+      case 11: view_.OnEditInsert(); break;
+      case 12: view_.OnEditTab(); break;
+      default: view_.OnQuickRight(); break;
+    }
+    ASSERT_TRUE(doc_.Check()) << "step " << step;
+  }
+  const std::u16string end = Text();
+  EXPECT_NE(end, start);
+  int undone = 0;
+  for (; doc_.CanUndo(); ++undone) ASSERT_EQ(view_.OnEditUndo(), 1);
+  EXPECT_GT(undone, 100);  // the soak did edit
+  EXPECT_EQ(Text(), start);
+  while (doc_.CanRedo()) ASSERT_EQ(view_.OnEditRedo(), 1);
+  EXPECT_EQ(Text(), end);
+  EXPECT_TRUE(doc_.Check());
+  EXPECT_EQ(asserts_.count(), 0u);
+}
+
 TEST_F(EditCommandsTest, MarksAndBookmarksNavigateAndRecall) {
   Fill(u"a\r\nb\r\nc\r\nd\r\ne\r\nf");
   view_.GotoLineCol(1, 0);
