@@ -58,7 +58,7 @@ int RunSum(const std::vector<std::string>& argv) {
 }  // namespace
 
 KW_COMMAND("sum",
-           "kw sum FILE --column FROM-TO [--lines A-B | --marked | --where LOGICAL] [--record MACRO] [--encoding ENC]",
+           "kw sum FILE --column FROM-TO | --term TERM [--lines A-B | --marked | --where LOGICAL] [--record MACRO] [--encoding ENC]",
            "column sum: prints the sum of the numbers in columns FROM-TO (or of --term TERM) over the lines",
            &RunSum);
 
