@@ -448,8 +448,8 @@ class KwEditBase {
   // Applies replacements sorted by position and without overlap, from the last to the first, each
   // chunk rebuilt once for all its replacements that leave the lines as they are.
   using Splice = KwTextSplice;
-  // Saves `splices` (texts outside the document) in a type-3 record, when `recordUndo`, and applies them.
-  int64_t ApplyAndRecord(const std::vector<Splice>& splices, int recordUndo);
+  // Saves `count` splices (texts outside the document) in a type-3 record and applies them.
+  int64_t ApplyAndRecord(const Splice* splices, int64_t count);
   void ApplySplices(const std::vector<Splice>& splices);
   // A splice that adds or removes lines, in the line numbers before the step: `removed` lines from
   // `from` on go with their marks and other line entries, `inserted` new ones come in their place.

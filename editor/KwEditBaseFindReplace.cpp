@@ -49,6 +49,31 @@ ReplaceAllBlock ReadBlock(const void* data) {
   return b;
 }
 
+// Reads the text at ascending indexes, walking the chunks forwards from where the last read ended
+// instead of seeking from the head for every read (many splices would make that quadratic).
+class ForwardReader {
+ public:
+  explicit ForwardReader(const tagTEXTDESC* head) : m_Chunk(head) {}
+  void Read(Index at, char16_t* out, int64_t count) {
+    while (m_Chunk && m_Start + static_cast<int64_t>(m_Chunk->used) <= at && m_Chunk->next) {
+      m_Start += m_Chunk->used;
+      m_Chunk = m_Chunk->next;
+    }
+    int64_t offset = at - m_Start;
+    for (const tagTEXTDESC* c = m_Chunk; c && count > 0; c = c->next, offset = 0) {
+      const int64_t n = std::min<int64_t>(count, static_cast<int64_t>(c->used) - offset);
+      if (n <= 0) continue;
+      std::memcpy(out, c->text + offset, static_cast<size_t>(n) * sizeof(char16_t));
+      out += n;
+      count -= n;
+    }
+  }
+
+ private:
+  const tagTEXTDESC* m_Chunk;
+  Index m_Start = 0;  // index of m_Chunk->text[0]
+};
+
 }  // namespace
 
 int64_t KwEditBase::ReplaceAll(Line line1, Line line2, const std::u16string& findText,
@@ -135,7 +160,7 @@ int64_t KwEditBase::ReplaceMatches(Line line1, Line line2, const std::vector<std
     const std::u16string& rep = replacements[static_cast<size_t>(alt[i])];
     splices.push_back({at[i], len[i], rep.data(), static_cast<int64_t>(rep.size())});
   }
-  return ApplyAndRecord(splices, 1);
+  return ApplyAndRecord(splices.data(), static_cast<int64_t>(splices.size()));
 }
 
 int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, int recordUndo) {
@@ -150,29 +175,27 @@ int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, in
   KW_ASSERT(ok);
   if (!ok) return -1;
   if (count == 0) return 0;
-  std::vector<Splice> list(splices, splices + count);
-  return ApplyAndRecord(list, recordUndo);
+  if (recordUndo == 0) {
+    ApplySplices(std::vector<Splice>(splices, splices + count));
+    return count;
+  }
+  return ApplyAndRecord(splices, count);
 }
 
-int64_t KwEditBase::ApplyAndRecord(const std::vector<Splice>& in, int recordUndo) {
-  const auto n = static_cast<int64_t>(in.size());
+int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
   if (n == 0) return 0;
-  if (recordUndo == 0) {
-    ApplySplices(in);
-    return n;
-  }
   // The record's block: entries, the replaced texts as they stand, the replacements.
   int64_t oldUnits = 0, newUnits = 0;
-  for (const Splice& s : in) {
-    oldUnits += s.removed;
-    newUnits += s.length;
+  for (int64_t i = 0; i < n; ++i) {
+    oldUnits += in[i].removed;
+    newUnits += in[i].length;
   }
   const size_t bytes = sizeof(int64_t) * static_cast<size_t>(3 + 3 * n) +
                        sizeof(char16_t) * static_cast<size_t>(oldUnits + newUnits);
   auto* head = static_cast<int64_t*>(std::malloc(bytes));
   if (head == nullptr) return -2;
-  const Index first = in.front().at;
-  const Index oldEnd = in.back().at + in.back().removed;
+  const Index first = in[0].at;
+  const Index oldEnd = in[n - 1].at + in[n - 1].removed;
   head[0] = n;
   head[1] = oldUnits;
   head[2] = newUnits;
@@ -183,14 +206,15 @@ int64_t KwEditBase::ApplyAndRecord(const std::vector<Splice>& in, int recordUndo
   splices.reserve(static_cast<size_t>(n));
   int64_t delta = 0;
   {
+    ForwardReader reader(m_Head);
     char16_t* o = oldText;
     char16_t* w = newText;
     for (int64_t i = 0; i < n; ++i) {
-      const Splice& s = in[static_cast<size_t>(i)];
+      const Splice& s = in[i];
       entries[3 * i] = s.at - first;
       entries[3 * i + 1] = s.removed;
       entries[3 * i + 2] = s.length;
-      GetText(s.at, o, s.removed);
+      reader.Read(s.at, o, s.removed);
       if (s.length) std::memcpy(w, s.text, static_cast<size_t>(s.length) * sizeof(char16_t));
       splices.push_back({s.at, s.removed, w, s.length});
       o += s.removed;
@@ -217,11 +241,12 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
   // are moved for all of them at once at the end, instead of once per splice.
   std::vector<LineShift> shifts;
   {
+    ForwardReader reader(m_Head);
     std::u16string removed;
     for (const Splice& s : splices) {
       const int64_t inserted = CountEOLs(s.text, s.length);
       removed.resize(static_cast<size_t>(s.removed));
-      if (s.removed > 0) GetText(s.at, removed.data(), s.removed);
+      if (s.removed > 0) reader.Read(s.at, removed.data(), s.removed);
       const int64_t gone = CountEOLs(removed.data(), s.removed);
       if (inserted == 0 && gone == 0) continue;
       const Line startLine = LineFromIndex(s.at, nullptr);

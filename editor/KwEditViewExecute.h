@@ -71,6 +71,13 @@ class TaskPane {
 // The changes a task collects, sorted by index, applied at its end as one undo step.
 class SpliceList {
  public:
+  // Room for `count` splices with `units` units of text, so that a task over many lines does not
+  // copy the list while it grows.
+  void Reserve(int64_t count, int64_t units) {
+    m_Entries.reserve(static_cast<size_t>(count));
+    m_Offsets.reserve(static_cast<size_t>(count));
+    m_Units.reserve(static_cast<size_t>(units));
+  }
   // `at` must not lie before the end of the previous splice.
   void Add(Index at, int64_t removed, const char16_t* text, int64_t length);
   void Add(Index at, int64_t removed, const std::u16string& text) {
@@ -81,13 +88,9 @@ class SpliceList {
   int64_t Apply(KwEditBase& doc);
 
  private:
-  struct Entry {
-    Index at;
-    int64_t removed;
-    size_t offset;
-    int64_t length;
-  };
-  std::vector<Entry> m_Entries;
+  // The splices' texts are set from the offsets when they are applied: the texts move while they grow.
+  std::vector<KwTextSplice> m_Entries;
+  std::vector<size_t> m_Offsets;
   std::u16string m_Units;  // the texts, one after the other
 };
 

@@ -87,6 +87,7 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
   const int64_t width = c1 - c0;
   KwExecuteResult& r = m_LastExecute;
   SpliceList changes;
+  changes.Reserve(lines.count, lines.count * (width + 1));
   std::u16string field, padded;
   EvaluateLines(*m_Doc, lines, term, u"EditColCalc", r,
                 [&](Line line, const char16_t* text, int64_t length, double value) {

@@ -73,16 +73,15 @@ bool TaskPane::Step(int64_t done) {
 
 void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {
   KW_ASSERT(m_Entries.empty() || at >= m_Entries.back().at + m_Entries.back().removed);
-  m_Entries.push_back({at, removed, m_Units.size(), length});
+  m_Entries.push_back({at, removed, nullptr, length});
+  m_Offsets.push_back(m_Units.size());
   if (length > 0) m_Units.append(text, static_cast<size_t>(length));
 }
 
 int64_t SpliceList::Apply(KwEditBase& doc) {
   if (m_Entries.empty()) return 0;
-  std::vector<KwTextSplice> splices;
-  splices.reserve(m_Entries.size());
-  for (const Entry& e : m_Entries) splices.push_back({e.at, e.removed, m_Units.data() + e.offset, e.length});
-  return doc.ReplaceRanges(splices.data(), static_cast<int64_t>(splices.size()), 1);
+  for (size_t i = 0; i < m_Entries.size(); ++i) m_Entries[i].text = m_Units.data() + m_Offsets[i];
+  return doc.ReplaceRanges(m_Entries.data(), static_cast<int64_t>(m_Entries.size()), 1);
 }
 
 TermInput::TermInput(KwEditBase& doc, const TaskLines& lines, bool otherRows, const int64_t* firsts,
