@@ -22,24 +22,25 @@ python3 "$root/bench/gen_fixed_points.py" "$megabytes" "$data"
 lines=$(wc -l <"$data")
 bytes=$(wc -c <"$data")
 
-# Best wall-clock seconds of three runs of a command.
+# Best wall-clock seconds of three runs of a program.
 seconds() {
   best=
   for _ in 1 2 3; do
-    t=$( { /usr/bin/env time -f '%e' "$@" >/dev/null 2>/dev/null; } 2>&1 | tail -1)
+    /usr/bin/time -f '%e' -o "$work/time" "$@" >/dev/null 2>&1 || { echo "failed: $*" >&2; exit 1; }
+    t=$(tail -1 "$work/time")
     if [ -z "$best" ] || awk "BEGIN{exit !($t < $best)}"; then best=$t; fi
   done
   echo "$best"
 }
-# `time` runs a program, not a shell redirection: mawk writes its file through sh -c.
-mawk_to() { sh -c 'out=$1; shift; exec mawk "$@" >"$out"' mawk_to "$@"; }
+# mawk writes its file through sh -c: PROGRAM DATA OUT.
+mawk_to='mawk "$1" "$2" >"$3"'
 
 # Height above 90 m into columns 49-57, the line first filled with blanks up to column 48.
 calc_kw=$(seconds "$kw" calc "$data" --term '[33-41]-90' --into 49-57 --picture '####.###' -o "$work/calc.kw")
-calc_awk=$(seconds mawk_to "$work/calc.awk" '{printf "%-48s%9.3f\n", $0, substr($0,33,9)-90}' "$data")
+calc_awk=$(seconds sh -c "$mawk_to" sh '{printf "%-48s%9.3f\n", $0, substr($0,33,9)-90}' "$data" "$work/calc.awk")
 # Lines with code GP deleted.
 sel_kw=$(seconds "$kw" select "$data" --where "[44-46]='GP'" --delete -o "$work/select.kw")
-sel_awk=$(seconds mawk_to "$work/select.awk" 'substr($0,44,3)!="GP"' "$data")
+sel_awk=$(seconds sh -c "$mawk_to" sh 'substr($0,44,3)!="GP"' "$data" "$work/select.awk")
 
 same() { if cmp -s "$1" "$2"; then echo "same bytes"; else echo "OUTPUTS DIFFER"; fi; }
 echo "$lines lines, $bytes bytes; best of three, wall clock, load and save included"
