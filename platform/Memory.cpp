@@ -12,7 +12,17 @@
 #include <unistd.h>
 #endif
 
-#if defined(__linux__) && defined(MADV_HUGEPAGE) && !defined(__SANITIZE_ADDRESS__)
+// Sanitizer builds keep plain allocations so that overruns of a chunk are seen (gcc names the build by
+// a macro, clang by a feature test).
+#if defined(__SANITIZE_ADDRESS__)
+#define KW_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KW_ADDRESS_SANITIZER 1
+#endif
+#endif
+
+#if defined(__linux__) && defined(MADV_HUGEPAGE) && !defined(KW_ADDRESS_SANITIZER)
 #define KW_TEXT_REGIONS 1
 #else
 #define KW_TEXT_REGIONS 0
