@@ -19,6 +19,21 @@ std::vector<Assertion>& Log() {
 
 void Record(const char* source, int line, const char* expression) { Log().push_back({source, line, expression}); }
 
+// The tests, and the kw runs they start, keep their user settings and desktop files in a folder of
+// their own: a test must never change the settings of the person who runs it.
+struct IsolatedUserFolders {
+  std::filesystem::path root = std::filesystem::temp_directory_path() / ("kwtest-home-" + std::to_string(::getpid()));
+  IsolatedUserFolders() {
+    std::filesystem::create_directories(root);
+    ::setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
+    ::setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
+  }
+  ~IsolatedUserFolders() {
+    std::error_code ec;
+    std::filesystem::remove_all(root, ec);
+  }
+} isolatedUserFolders;
+
 }  // namespace
 
 AssertionRecorder::AssertionRecorder() : previous_(kw::SetAssertionHandler(&Record)) { Log().clear(); }
