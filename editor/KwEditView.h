@@ -491,6 +491,8 @@ class KwEditView {
   // fly selection from its anchor (a column block in column mode), else the fly selection goes.
   // `keepGoal` leaves the goal column of up and down alone. Returns 1 when the caret moved.
   int MoveCaret(Line line, int64_t column, int select, bool keepGoal = false);
+  // The four word moves: rightwards or leftwards, passing blanks first or the word first.
+  int QuickMove(bool right, bool blanksFirst, int select);
   // Whether the caret may stand beyond the line end now (column mode).
   bool FreeCaret() const { return m_ColumnMode; }
   // The fly selection ordered, without the reporting rule of GetSel; columns of a stream are cut to

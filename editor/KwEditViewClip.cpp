@@ -154,30 +154,24 @@ int KwEditView::OnLineCutPlus() {
 
 // ---- Undo -----------------------------------------------------------------------------------------------
 
-int KwEditView::OnEditUndo() {
-  Line line = 0;
-  const Index at = m_Doc->UndoEdit(&line);
+namespace {
+
+// Puts the caret of `view` at the position of the undo step that ran at `at`; beeps when none ran.
+int CaretToStep(KwEditView& view, KwEditBase& doc, Index at) {
   if (at < 0) {
     Beep();
     return 0;
   }
   int64_t column = 0;
-  const Line caret = m_Doc->LineFromIndex(at, &column);
-  GotoLineCol(caret, column);
+  const Line caret = doc.LineFromIndex(at, &column);
+  view.GotoLineCol(caret, column);
   return 1;
 }
 
-int KwEditView::OnEditRedo() {
-  Line line = 0;
-  const Index at = m_Doc->RedoEdit(&line);
-  if (at < 0) {
-    Beep();
-    return 0;
-  }
-  int64_t column = 0;
-  const Line caret = m_Doc->LineFromIndex(at, &column);
-  GotoLineCol(caret, column);
-  return 1;
-}
+}  // namespace
+
+int KwEditView::OnEditUndo() { return CaretToStep(*this, *m_Doc, m_Doc->UndoEdit(nullptr)); }
+
+int KwEditView::OnEditRedo() { return CaretToStep(*this, *m_Doc, m_Doc->RedoEdit(nullptr)); }
 
 }  // namespace kw

@@ -99,56 +99,32 @@ int KwEditView::DoEditPgDn(int select) {
   return MoveCaret(target, GoalColumn(m_Doc, target, m_GoalCol, FreeCaret()), select, true);
 }
 
-// The word moves read the caret's line once; a caret beyond the end counts as at the end.
-int KwEditView::DoQuickRight(int select) {
+// The word moves read the caret's line once; a caret beyond the end counts as at the end. Each passes
+// over two runs: to the next word's start, blanks after the word; to a word's end, the word after the
+// blanks; leftwards the same mirrored. At the end (start) of a line they go to the next (previous) line.
+int KwEditView::QuickMove(bool right, bool blanksFirst, int select) {
   const std::u16string s = m_Doc->GetLineText(m_CaretLine);
   const auto n = static_cast<int64_t>(s.size());
-  int64_t c = m_CaretCol;
-  if (c >= n) {
-    if (m_CaretLine >= m_Doc->GetLinesInDoc()) return 0;
-    return MoveCaret(m_CaretLine + 1, 0, select);
+  int64_t c = std::min<int64_t>(m_CaretCol, n);
+  if (right ? c >= n : c == 0) {
+    if (right ? m_CaretLine >= m_Doc->GetLinesInDoc() : m_CaretLine == 0) return 0;
+    return right ? MoveCaret(m_CaretLine + 1, 0, select)
+                 : MoveCaret(m_CaretLine - 1, m_Doc->LineLength(m_CaretLine - 1), select);
   }
-  while (c < n && !IsBlank(s[static_cast<size_t>(c)])) ++c;
-  while (c < n && IsBlank(s[static_cast<size_t>(c)])) ++c;
+  for (const bool blank : {blanksFirst, !blanksFirst}) {
+    if (right) {
+      while (c < n && IsBlank(s[static_cast<size_t>(c)]) == blank) ++c;
+    } else {
+      while (c > 0 && IsBlank(s[static_cast<size_t>(c - 1)]) == blank) --c;
+    }
+  }
   return MoveCaret(m_CaretLine, c, select);
 }
 
-int KwEditView::DoQuickRightEnd(int select) {
-  const std::u16string s = m_Doc->GetLineText(m_CaretLine);
-  const auto n = static_cast<int64_t>(s.size());
-  int64_t c = m_CaretCol;
-  if (c >= n) {
-    if (m_CaretLine >= m_Doc->GetLinesInDoc()) return 0;
-    return MoveCaret(m_CaretLine + 1, 0, select);
-  }
-  while (c < n && IsBlank(s[static_cast<size_t>(c)])) ++c;
-  while (c < n && !IsBlank(s[static_cast<size_t>(c)])) ++c;
-  return MoveCaret(m_CaretLine, c, select);
-}
-
-int KwEditView::DoQuickLeft(int select) {
-  const std::u16string s = m_Doc->GetLineText(m_CaretLine);
-  int64_t c = std::min<int64_t>(m_CaretCol, static_cast<int64_t>(s.size()));
-  if (c == 0) {
-    if (m_CaretLine == 0) return 0;
-    return MoveCaret(m_CaretLine - 1, m_Doc->LineLength(m_CaretLine - 1), select);
-  }
-  while (c > 0 && IsBlank(s[static_cast<size_t>(c - 1)])) --c;
-  while (c > 0 && !IsBlank(s[static_cast<size_t>(c - 1)])) --c;
-  return MoveCaret(m_CaretLine, c, select);
-}
-
-int KwEditView::DoQuickLeftEnd(int select) {
-  const std::u16string s = m_Doc->GetLineText(m_CaretLine);
-  int64_t c = std::min<int64_t>(m_CaretCol, static_cast<int64_t>(s.size()));
-  if (c == 0) {
-    if (m_CaretLine == 0) return 0;
-    return MoveCaret(m_CaretLine - 1, m_Doc->LineLength(m_CaretLine - 1), select);
-  }
-  while (c > 0 && !IsBlank(s[static_cast<size_t>(c - 1)])) --c;
-  while (c > 0 && IsBlank(s[static_cast<size_t>(c - 1)])) --c;
-  return MoveCaret(m_CaretLine, c, select);
-}
+int KwEditView::DoQuickRight(int select) { return QuickMove(true, false, select); }
+int KwEditView::DoQuickRightEnd(int select) { return QuickMove(true, true, select); }
+int KwEditView::DoQuickLeft(int select) { return QuickMove(false, true, select); }
+int KwEditView::DoQuickLeftEnd(int select) { return QuickMove(false, false, select); }
 
 void KwEditView::OnGotoLine() {
   Line line = 0;
