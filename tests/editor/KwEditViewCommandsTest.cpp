@@ -11,7 +11,7 @@
 #include "app/QueryBox.h"
 #include "editor/KwEditCtrl.h"
 #include "editor/KwEditView.h"
-#include "support/TestSupport.h"
+#include "editor/EditViewFixture.h"
 
 namespace {
 
@@ -19,15 +19,8 @@ using kw::KwEditBase;
 using kw::KwEditView;
 using Line = int64_t;
 
-class EditCommandsTest : public kwtest::PlatformTest {
+class EditCommandsTest : public kwtest::EditViewFixture {
  protected:
-  void Fill(const std::u16string& text) {
-    doc_.SetChunkUnits(3);
-    doc_.InitEdit();
-    doc_.SetEOLType(13);
-    doc_.AddText(text, 0, 0);
-    view_.SetSel(0, 0, 0, 0, 0);
-  }
   // The caret as (line, column).
   std::array<int64_t, 2> Caret() {
     int64_t column = 0;
@@ -40,9 +33,6 @@ class EditCommandsTest : public kwtest::PlatformTest {
     return s;
   }
   std::u16string Text() { return doc_.GetAllText(); }
-
-  KwEditBase doc_;
-  KwEditView view_{&doc_};
 };
 
 using P = std::array<int64_t, 2>;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "editor/KwEditView.h"
-#include "support/TestSupport.h"
+#include "editor/EditViewFixture.h"
 
 namespace {
 
@@ -14,17 +14,7 @@ using kw::KwEditBase;
 using kw::KwEditView;
 using Line = int64_t;
 
-class EditViewTest : public kwtest::PlatformTest {
- protected:
-  void Fill(const std::u16string& text) {
-    doc_.SetChunkUnits(3);
-    doc_.InitEdit();
-    doc_.SetEOLType(13);
-    doc_.AddText(text, 0, 0);
-  }
-  KwEditBase doc_;
-  KwEditView view_{&doc_};
-};
+class EditViewTest : public kwtest::EditViewFixture {};
 
 TEST_F(EditViewTest, SelectionIsReportedOrderedAndStreamEndsAtColumnZeroMoveBack) {
   Fill(u"abc\r\ndefgh\r\nij\r\n");
