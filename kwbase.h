@@ -40,6 +40,7 @@
 #include "editor/KwEditUndo.h"
 #include "editor/KwEditArea.h"
 #include "editor/KwEditBase.h"
+#include "editor/KwLineWalker.h"
 #include "editor/KwEditView.h"
 #include "editor/KwEditCtrl.h"
 #include "editor/KwRecordEvent.h"

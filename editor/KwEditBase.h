@@ -478,6 +478,7 @@ class KwEditBase {
 
  private:
   friend class KwEditUndo;
+  friend class KwLineWalker;
 
   // Result of the line lookup: where the line starts and how long it is.
   struct LinePos {
