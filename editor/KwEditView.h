@@ -23,6 +23,9 @@
 namespace kw {
 
 class KwProgress;
+namespace execute {
+class LineAction;
+}
 
 // What the last Execute... task did, for reports ("12 lines changed, 3 too short").
 struct KwExecuteResult {
@@ -462,12 +465,9 @@ class KwEditView {
   int ExecuteRecordEvent(KwRecordEvent* event);
 
  protected:
-  // Deletes `lines` (ascending, no repeats) with their ends of line as one undo step and clamps the
-  // caret; the fly selection goes. Returns 1, 0 when the change could not be made.
-  int DeleteTaskLines(const std::vector<Line>& lines);
-  // The action of a line selection (kLineAction...) on the `selected` lines of a task and the
-  // `others` of its area (ascending): marks set or cleared, or lines deleted as one undo step.
-  int ApplyLineAction(int action, const std::vector<Line>& selected, const std::vector<Line>& others);
+  // Ends a line selection: deletes the lines `action` gathered as one undo step and then clamps the
+  // caret (the fly selection goes). Returns 1, 0 when the change could not be made.
+  int FinishLineAction(execute::LineAction& action);
   // Inserts `count` copies of `unit` at the caret (a caret beyond the line's end first fills the line
   // with blanks) as one undo step; the caret goes behind them. Returns 1, 0 when it failed.
   int InsertUnitsAtCaret(char16_t unit, int64_t count);

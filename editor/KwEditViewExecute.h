@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "editor/KwEditBase.h"
+#include "editor/KwLineWalker.h"
 #include "platform/KwProgress.h"
+#include "terms/KwTerm.h"
 
 namespace kw {
 
@@ -41,17 +43,20 @@ bool ResolveArea(KwEditView& view, int area, TaskLines* lines);
 // Returns false when nothing is left.
 bool NarrowLines(TaskLines* lines, int64_t from, int64_t to);
 
-// One reused buffer holding the current line, zero-terminated, read without a copy per call beyond
-// the line itself.
-class LineReader {
+// The lines of a task in order, read by one walk over the text: every line of [first, last], or only
+// the marked ones for the marked-lines area (the walk then jumps from mark to mark).
+class TaskWalk {
  public:
-  explicit LineReader(KwEditBase& doc) : m_Doc(doc) {}
-  // The line's units (zero-terminated) and its length into `*length`.
-  const char16_t* Read(Line line, int64_t* length);
+  TaskWalk(KwEditBase& doc, const TaskLines& lines) : m_Doc(doc), m_Lines(lines), m_Walker(doc) {}
+  // Moves to the task's next line (the first one on the first call); false when there is none left.
+  bool Next();
+  KwLineWalker& Current() { return m_Walker; }
 
  private:
   KwEditBase& m_Doc;
-  std::vector<char16_t> m_Buffer;
+  const TaskLines& m_Lines;
+  KwLineWalker m_Walker;
+  bool m_Started = false;
 };
 
 // The progress pane of a long task, made only when the task visits kPaneLines lines or more. Step
@@ -120,25 +125,66 @@ class TermInput {
   int64_t m_Values[5] = {0, 0, 0, 0, 0};
 };
 
-// Visits the lines of a task in order: calls `visit(line, text, length, ordinal)` for each (the
-// marked ones only for the marked-lines area) with the line read into a reused zero-terminated
-// buffer, counting them in `result.lines`. A stopped pane ends the walk; what was collected stays.
+// Visits the lines of a task in order: calls `visit(line, ordinal)` for each with the walker on the
+// line (its text is not zero-terminated) and its ordinal in the task (from 1), counting them in
+// `visited`. A stopped pane ends the walk; what was collected stays.
 template <class Visit>
 void ForTaskLines(KwEditBase& doc, const TaskLines& lines, const std::u16string& title, int64_t& visited,
                   Visit&& visit) {
   TaskPane pane(title, lines.count);
-  LineReader reader(doc);
+  TaskWalk walk(doc, lines);
   int64_t ordinal = 0;
-  for (Line line = lines.first; line <= lines.last; ++line) {
-    if (lines.markedOnly && doc.GetLineMark(line) == 0) continue;
+  while (walk.Next()) {
     if (!pane.Step(ordinal)) break;
     ++ordinal;
     ++visited;
-    int64_t length = 0;
-    const char16_t* text = reader.Read(line, &length);
-    visit(line, text, length, ordinal);
+    visit(walk.Current(), ordinal);
   }
 }
+
+// What a line selection (kLineAction...) does with the lines it selects, done while the lines are
+// walked: marks are set or cleared at once; lines to delete are gathered as runs of adjacent lines,
+// each one splice taken from the walker's indexes, and deleted together by Finish as one undo step.
+class LineAction {
+ public:
+  LineAction(KwEditBase& doc, int action) : m_Doc(doc), m_Action(action) {}
+  // The current line of the walk, selected (`hit`) or not.
+  void Take(const KwLineWalker& line, bool hit);
+  // Deletes the gathered lines. Returns 1 (also when there was nothing to delete), 0 when the change
+  // could not be made; `*deleted` tells whether lines went.
+  int Finish(bool* deleted);
+
+ private:
+  void CloseRun();
+
+  KwEditBase& m_Doc;
+  int m_Action;
+  // The open run of lines to delete: lines [m_RunFirst, m_RunLast] at [m_RunStart, m_RunEnd).
+  Line m_RunFirst = -1;
+  Line m_RunLast = -1;
+  Index m_RunStart = 0;
+  Index m_RunEnd = 0;
+  int64_t m_RunLastLength = 0;  // of line m_RunLast, end of line excluded
+  SpliceList m_Changes;
+};
+
+// A task's own angle unit (0..2; any other value leaves the user's unit) for `term` while this lives.
+// A term writes its unit back into the user's settings when it goes away, and a task, a replayed
+// event above all, must not change them: the term's own unit is put back first. Made after the term,
+// so that it goes away before it.
+class TaskAngleUnit {
+ public:
+  TaskAngleUnit(KwTerm& term, int unit) : m_Term(term), m_Saved(term.GetAngleUnit()) {
+    if (unit >= kTermRadians && unit <= kTermGon) m_Term.SetAngleUnit(unit);
+  }
+  ~TaskAngleUnit() { m_Term.SetAngleUnit(m_Saved); }
+  TaskAngleUnit(const TaskAngleUnit&) = delete;
+  TaskAngleUnit& operator=(const TaskAngleUnit&) = delete;
+
+ private:
+  KwTerm& m_Term;
+  int m_Saved;
+};
 
 // Input of an arithmetic or logical term for the current line.
 TermInput MakeInput(KwEditBase& doc, const TaskLines& lines, const KwMathTerm& term);

@@ -15,7 +15,6 @@
 namespace kw {
 
 using execute::FieldDecimals;
-using execute::LineReader;
 using execute::SpliceList;
 using execute::TaskLines;
 using execute::TaskPane;
@@ -23,42 +22,40 @@ using execute::TermInput;
 
 namespace {
 
-// Compiles the term of a task with the task's angle unit; a bad term has shown its message.
-bool CompileMath(KwMathTerm& term, const std::u16string& text, int angleUnit) {
-  if (angleUnit >= kTermRadians && angleUnit <= kTermGon) term.SetAngleUnit(angleUnit);
-  return term.SetTerm(text, 0, 1) != 0;
-}
+// Compiles the term of a task; a bad term has shown its message.
+bool CompileMath(KwMathTerm& term, const std::u16string& text) { return term.SetTerm(text, 0, 1) != 0; }
 
-// One pass of a term over the lines of a task: calls `use(line, text, length, value)` for each line
-// whose value is valid; counts the lines visited and those too short or without a valid value.
+// One pass of a term over the lines of a task: calls `use(line, value)` for each line whose value is
+// valid; counts the lines visited and those too short or without a valid value.
 template <class Use>
 void EvaluateLines(KwEditBase& doc, const TaskLines& lines, const KwMathTerm& term, const char16_t* title,
                    KwExecuteResult& result, Use&& use) {
   TaskPane pane(title, lines.count);
-  LineReader reader(doc);
+  execute::TaskWalk walk(doc, lines);
   TermInput input = execute::MakeInput(doc, lines, term);
+  // The term reads its columns up to this length, so the lines it reads are read in place.
   const int64_t minLength = term.GetMinLineLen();
   int64_t ordinal = 0;
-  for (Line line = lines.first; line <= lines.last; ++line) {
-    if (lines.markedOnly && doc.GetLineMark(line) == 0) continue;
+  while (walk.Next()) {
     if (!pane.Step(ordinal)) break;  // stopped: what was done so far is kept
     ++ordinal;
     ++result.lines;
-    int64_t length = 0;
-    const char16_t* text = reader.Read(line, &length);
+    KwLineWalker& line = walk.Current();
+    const int64_t length = line.GetLength();
     if (length < minLength) {
       ++result.skipped;
       continue;
     }
-    input.Prepare(line, length, ordinal);
+    input.Prepare(line.GetLine(), length, ordinal);
     int invalid = 0;
-    const double value = input.otherRows() ? term.CalculateResult(input.fields(), input.values(), &invalid, 0, 0)
-                                           : term.CalculateResult(text, input.values(), &invalid, 0, 0);
+    const double value = input.otherRows()
+                             ? term.CalculateResult(input.fields(), input.values(), &invalid, 0, 0)
+                             : term.CalculateResult(line.GetText(), input.values(), &invalid, 0, 0);
     if (invalid != 0 || !std::isfinite(value)) {
       ++result.skipped;
       continue;
     }
-    use(line, text, length, value);
+    use(line, value);
   }
 }
 
@@ -75,7 +72,8 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
     return 0;
   }
   KwMathTerm term;
-  if (!CompileMath(term, p->m_Term, p->m_AngleUnit)) return 0;
+  const execute::TaskAngleUnit unit(term, p->m_AngleUnit);
+  if (!CompileMath(term, p->m_Term)) return 0;
   TaskLines lines;
   if (!execute::ResolveArea(*this, p->m_Area, &lines)) return 0;
 
@@ -90,7 +88,9 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
   changes.Reserve(lines.count, lines.count * (width + 1));
   std::u16string field, padded;
   EvaluateLines(*m_Doc, lines, term, u"EditColCalc", r,
-                [&](Line line, const char16_t* text, int64_t length, double value) {
+                [&](const KwLineWalker& line, double value) {
+                  const char16_t* text = line.GetText();
+                  const int64_t length = line.GetLength();
                   if (limited && (value < p->m_Min || value > p->m_Max)) {
                     ++r.skipped;
                     return;
@@ -103,7 +103,7 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
                           : 0;
                   if (!execute::FormatResult(value, p->m_Picture, width, decimals, p->m_RoundMode, &field))
                     ++r.overflow;
-                  const Index start = m_Doc->LineStart(line);
+                  const Index start = line.GetStart();
                   if (length < c0) {
                     // A line ending before the target is lengthened with blanks.
                     padded.assign(static_cast<size_t>(c0 - length), u' ');
@@ -129,7 +129,7 @@ int KwEditView::ExecuteColSum(KwColSumEvent* event) {
   auto* p = event != nullptr ? event : static_cast<KwColSumEvent*>(GetDialogParams(kEventColSum));
   if (p == nullptr) return 0;
   KwMathTerm term;
-  if (!CompileMath(term, p->m_Term, -1)) return 0;
+  if (!CompileMath(term, p->m_Term)) return 0;
   TaskLines lines;
   if (!execute::ResolveArea(*this, p->m_Area, &lines)) return 0;
 
@@ -139,9 +139,9 @@ int KwEditView::ExecuteColSum(KwColSumEvent* event) {
   int decimals = execute::TermDecimals(p->m_Term);
   double sum = 0;
   KwExecuteResult& r = m_LastExecute;
-  EvaluateLines(*m_Doc, lines, term, u"EditColSum", r, [&](Line, const char16_t* text, int64_t length, double value) {
+  EvaluateLines(*m_Doc, lines, term, u"EditColSum", r, [&](const KwLineWalker& line, double value) {
     sum += value;
-    decimals = std::max(decimals, FieldDecimals(text, length, firsts, lasts, references));
+    decimals = std::max(decimals, FieldDecimals(line.GetText(), line.GetLength(), firsts, lasts, references));
     ++r.changed;
   });
   r.value = sum;

@@ -63,7 +63,9 @@ int KwEditView::ExecuteColForm(KwColFormEvent* event) {
   SpliceList changes;
   std::u16string field, scratch;
   execute::ForTaskLines(*m_Doc, lines, u"EditColForm", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t) {
+                        [&](KwLineWalker& line, int64_t) {
+                          const char16_t* text = line.GetText();
+                          const int64_t length = line.GetLength();
                           // A column without a number (empty, or not a number) is left alone.
                           const int64_t end = std::min(length, c1);
                           int error = kNumberEmpty;
@@ -76,7 +78,7 @@ int KwEditView::ExecuteColForm(KwColFormEvent* event) {
                           const int decimals = execute::NumberDecimals(text + c0, end - c0);
                           if (!execute::FormatResult(value, p->m_Picture, c1 - c0, decimals, kRoundHalfUp, &field))
                             ++r.overflow;
-                          if (PutField(changes, m_Doc->LineStart(line), text, length, c0, field, false, scratch))
+                          if (PutField(changes, line.GetStart(), text, length, c0, field, false, scratch))
                             ++r.changed;
                         });
   if (changes.Apply(*m_Doc) < 0) return 0;
@@ -99,8 +101,10 @@ int KwEditView::ExecuteColReplace(KwColWriteEvent* event) {
   SpliceList changes;
   std::u16string scratch;
   execute::ForTaskLines(*m_Doc, lines, u"EditColWrite", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t) {
-                          if (PutField(changes, m_Doc->LineStart(line), text, length, c0, field, p->m_Insert != 0,
+                        [&](KwLineWalker& line, int64_t) {
+                          const char16_t* text = line.GetText();
+                          const int64_t length = line.GetLength();
+                          if (PutField(changes, line.GetStart(), text, length, c0, field, p->m_Insert != 0,
                                        scratch))
                             ++r.changed;
                         });
@@ -126,7 +130,9 @@ int KwEditView::ExecuteColAlign(KwAlignEvent* event) {
   SpliceList changes;
   std::u16string field;
   execute::ForTaskLines(*m_Doc, lines, u"EditAlign", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t) {
+                        [&](KwLineWalker& line, int64_t) {
+                          const char16_t* text = line.GetText();
+                          const int64_t length = line.GetLength();
                           if (length <= c0) return;  // nothing in the columns
                           const int64_t end = std::min(length, c1);
                           int64_t a = c0, b = end;
@@ -144,7 +150,7 @@ int KwEditView::ExecuteColAlign(KwAlignEvent* event) {
                           else
                             field.resize(static_cast<size_t>(width), u' ');
                           if (std::u16string_view(text + c0, static_cast<size_t>(end - c0)) == field) return;
-                          changes.Add(m_Doc->LineStart(line) + c0, end - c0, field);
+                          changes.Add(line.GetStart() + c0, end - c0, field);
                           ++r.changed;
                         });
   if (changes.Apply(*m_Doc) < 0) return 0;
@@ -168,7 +174,9 @@ int KwEditView::ExecuteAutoInsert(KwAutoInsertEvent* event) {
   std::u16string field, number, scratch;
   const auto pictureWidth = static_cast<int64_t>(p->m_Picture.size());
   execute::ForTaskLines(*m_Doc, lines, u"EditAutoInsert", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t ordinal) {
+                        [&](KwLineWalker& line, int64_t ordinal) {
+                          const char16_t* text = line.GetText();
+                          const int64_t length = line.GetLength();
                           field = p->m_Text;
                           if (pictureWidth > 0) {
                             // The running number: the start, one step further on each line of the task.
@@ -178,7 +186,7 @@ int KwEditView::ExecuteAutoInsert(KwAutoInsertEvent* event) {
                               ++r.overflow;
                             field += number;
                           }
-                          if (PutField(changes, m_Doc->LineStart(line), text, length, c0, field, true, scratch))
+                          if (PutField(changes, line.GetStart(), text, length, c0, field, true, scratch))
                             ++r.changed;
                         });
   if (changes.Apply(*m_Doc) < 0) return 0;

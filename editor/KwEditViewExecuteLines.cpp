@@ -11,7 +11,6 @@
 
 namespace kw {
 
-using execute::LineReader;
 using execute::SpliceList;
 using execute::TaskLines;
 using execute::TaskPane;
@@ -21,33 +20,6 @@ namespace {
 bool IsBlank(const std::u16string& text) { return text.find_first_not_of(u" \t") == std::u16string::npos; }
 
 }  // namespace
-
-// Deletes the given lines (ascending) as one undo step: each run of adjacent lines goes with its
-// ends of line; a run that ends the text takes the end of line before it instead.
-int KwEditView::DeleteTaskLines(const std::vector<Line>& doomed) {
-  if (doomed.empty()) return 1;
-  SpliceList changes;
-  for (size_t i = 0; i < doomed.size();) {
-    const Line a = doomed[i];
-    size_t j = i;
-    while (j + 1 < doomed.size() && doomed[j + 1] == doomed[j] + 1) ++j;
-    const Line b = doomed[j];
-    Index start = m_Doc->LineStart(a);
-    const Index end = m_Doc->LineStart(b) + m_Doc->LineLength(b, 1);
-    // A run up to a last line with text takes the end of line before it along, so that the text ends as
-    // it did, without one. The empty line behind a final end of line is no text: deleting it and the
-    // lines before it keeps the final end of line of the lines that stay.
-    if (b == m_Doc->GetLinesInDoc() && a > 0 && m_Doc->LineLength(b, 0) > 0)
-      start = m_Doc->LineStart(a - 1) + m_Doc->LineLength(a - 1, 0);
-    if (end > start) changes.Add(start, end - start, nullptr, 0);
-    i = j + 1;
-  }
-  if (changes.Apply(*m_Doc) < 0) return 0;
-  // The caret and the selection may point behind the shorter text.
-  const Line caret = ClampLine(m_CaretLine);
-  SetSel(caret, m_CaretCol, caret, m_CaretCol, 0, 1);
-  return 1;
-}
 
 int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
   m_LastExecute = KwExecuteResult();
@@ -60,38 +32,44 @@ int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
   // An empty term selects every line of the area (to set or clear the marks of a line range).
   const bool everyLine = IsBlank(p->m_Term);
   KwLogiTerm term;
-  if (!everyLine) {
-    if (p->m_AngleUnit >= kTermRadians && p->m_AngleUnit <= kTermGon) term.SetAngleUnit(p->m_AngleUnit);
-    if (term.SetTerm(p->m_Term, 1) == 0) return 0;
-  }
+  const execute::TaskAngleUnit unit(term, p->m_AngleUnit);
+  if (!everyLine && term.SetTerm(p->m_Term, 1) == 0) return 0;
   TaskLines lines;
   if (!execute::ResolveArea(*this, p->m_Area, &lines)) return 0;
   if (!execute::NarrowLines(&lines, p->m_FirstLine, p->m_LastLine)) return 0;
 
   KwExecuteResult& r = m_LastExecute;
   TaskPane pane(u"EditLineSelect", lines.count);
-  LineReader reader(*m_Doc);
+  execute::TaskWalk walk(*m_Doc, lines);
   execute::TermInput input = execute::MakeInput(*m_Doc, lines, term);
-  std::vector<Line> selected, others;
+  // The term reads the line until a zero or its last column: a line that reaches that column is read
+  // in place, a shorter one through a zero-terminated copy.
+  int64_t reach = 0;
+  if (!everyLine && !input.otherRows()) {
+    int64_t firsts[kTermMaxReferences], lasts[kTermMaxReferences], rows[kTermMaxReferences],
+        abs[kTermMaxReferences];
+    const int64_t n = term.GetTextNumberAreas(firsts, lasts, rows, abs);
+    for (int64_t k = 0; k < n; ++k) reach = std::max(reach, lasts[k]);
+  }
+  execute::LineAction action(*m_Doc, p->m_Action);
   int64_t ordinal = 0;
-  for (Line line = lines.first; line <= lines.last; ++line) {
-    if (lines.markedOnly && m_Doc->GetLineMark(line) == 0) continue;
+  while (walk.Next()) {
     if (!pane.Step(ordinal)) break;
     ++ordinal;
     ++r.lines;
+    KwLineWalker& line = walk.Current();
     bool hit = true;
     if (!everyLine) {
-      int64_t length = 0;
-      const char16_t* text = reader.Read(line, &length);
-      input.Prepare(line, length, ordinal);
+      input.Prepare(line.GetLine(), line.GetLength(), ordinal);
+      const char16_t* text = line.GetLength() >= reach ? line.GetText() : line.GetTerminatedText();
       hit = (input.otherRows() ? term.CalculateResult(input.fields(), input.values(), 0)
                                : term.CalculateResult(text, input.values(), 0)) != 0;
     }
     if (p->m_Invert != 0) hit = !hit;
-    (hit ? selected : others).push_back(line);
+    if (hit) ++r.changed;
+    action.Take(line, hit);
   }
-  r.changed = static_cast<int64_t>(selected.size());
-  if (ApplyLineAction(p->m_Action, selected, others) == 0) return 0;
+  if (!FinishLineAction(action)) return 0;
   RecordIfRecording(p);
   return 1;
 }

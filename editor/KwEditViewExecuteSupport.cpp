@@ -26,6 +26,15 @@ bool ResolveArea(KwEditView& view, int area, TaskLines* lines) {
   lines->last = last;
   lines->count = count;
   lines->markedOnly = kind == kAreaMarked;
+  // The empty line behind a final end of line holds no text: a task does not visit it (an area of
+  // nothing else holds no line to work on).
+  const Line end = view.GetDocument()->GetLinesInDoc();
+  if (last == end && end > 0 && view.GetDocument()->LineLength(end, 0) == 0) {
+    if (first == last) return false;
+    lines->last = last - 1;
+    lines->count -= lines->markedOnly ? view.GetDocument()->GetLineMark(end) : 1;
+    if (lines->count <= 0) return false;
+  }
   int64_t v[KwEditView::kSelValues];
   const unsigned flags = view.GetSelFlags(v);
   if ((flags & kSelMaskFly) != 0) {
@@ -47,14 +56,22 @@ bool NarrowLines(TaskLines* lines, int64_t from, int64_t to) {
   return true;
 }
 
-const char16_t* LineReader::Read(Line line, int64_t* length) {
-  const int64_t n = m_Doc.LineLength(line, 0);
-  if (static_cast<int64_t>(m_Buffer.size()) < n + 1) m_Buffer.resize(static_cast<size_t>(n + 1) * 2);
-  const int64_t got = n > 0 ? m_Doc.TextOfLine(line, m_Buffer.data(), n + 1, 0, 0, 1, 0) : 0;
-  const int64_t len = got < 0 ? 0 : got;
-  m_Buffer[static_cast<size_t>(len)] = 0;
-  if (length != nullptr) *length = len;
-  return m_Buffer.data();
+bool TaskWalk::Next() {
+  Line next;
+  if (!m_Started) {
+    m_Started = true;
+    next = m_Lines.first;
+    if (m_Lines.markedOnly && m_Doc.GetLineMark(next) == 0) next = m_Doc.GetNextLineMark(next);
+  } else if (m_Walker.Done()) {
+    return false;
+  } else if (!m_Lines.markedOnly) {
+    return m_Walker.GetLine() < m_Lines.last && m_Walker.Next();
+  } else {
+    next = m_Doc.GetNextLineMark(m_Walker.GetLine());
+  }
+  if (next < 0 || next > m_Lines.last) return false;
+  if (!m_Walker.Done() && next == m_Walker.GetLine() + 1) return m_Walker.Next();
+  return m_Walker.Start(next);
 }
 
 TaskPane::TaskPane(const std::u16string& title, int64_t total) : m_Total(total) {
@@ -69,6 +86,49 @@ bool TaskPane::Step(int64_t done) {
   if (percent == m_Last) return true;
   m_Last = percent;
   return m_Pane->Step(percent) != 0;
+}
+
+void LineAction::Take(const KwLineWalker& line, bool hit) {
+  switch (m_Action) {
+    case kLineActionMark:
+      if (hit) m_Doc.SetLineMark(line.GetLine(), 1);
+      return;
+    case kLineActionUnmark:
+      if (hit) m_Doc.SetLineMark(line.GetLine(), 0);
+      return;
+    case kLineActionDelete:
+      break;
+    default:  // keep: the lines not selected go
+      hit = !hit;
+      break;
+  }
+  if (!hit) return;
+  if (m_RunFirst < 0 || line.GetLine() != m_RunLast + 1) {
+    CloseRun();
+    m_RunFirst = line.GetLine();
+    m_RunStart = line.GetStart();
+  }
+  m_RunLast = line.GetLine();
+  m_RunEnd = line.GetStart() + line.GetLengthWithEOL();
+  m_RunLastLength = line.GetLength();
+}
+
+void LineAction::CloseRun() {
+  if (m_RunFirst < 0) return;
+  Index start = m_RunStart;
+  // A run up to a last line with text takes the end of line before it along, so that the text ends as
+  // it did, without one. The empty line behind a final end of line is no text: deleting the lines
+  // before it keeps the final end of line of the lines that stay.
+  if (m_RunLast == m_Doc.GetLinesInDoc() && m_RunFirst > 0 && m_RunLastLength > 0)
+    start = m_Doc.LineStart(m_RunFirst - 1) + m_Doc.LineLength(m_RunFirst - 1, 0);
+  if (m_RunEnd > start) m_Changes.Add(start, m_RunEnd - start, nullptr, 0);
+  m_RunFirst = -1;
+}
+
+int LineAction::Finish(bool* deleted) {
+  CloseRun();
+  *deleted = m_Changes.size() > 0;
+  return m_Changes.Apply(m_Doc) < 0 ? 0 : 1;
 }
 
 void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {

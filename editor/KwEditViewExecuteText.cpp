@@ -100,6 +100,7 @@ int KwEditView::ExecuteLineUmb(KwLineBreakEvent* event) {
   // A paragraph (mode 1) is a run of adjacent non-empty lines of the task, joined by single blanks
   // before it is broken; in mode 0 each line is its own paragraph.
   Line runFirst = -1, runLast = -1;
+  Index runStart = 0, runEnd = 0;  // the run's text, ends of line between its lines included
   std::u16string joined;
   auto flush = [&] {
     if (runFirst < 0) return;
@@ -110,12 +111,10 @@ int KwEditView::ExecuteLineUmb(KwLineBreakEvent* event) {
         if (i > 0) text += eolText;
         text += pieces[i];
       }
-      const Index start = m_Doc->LineStart(runFirst);
-      const Index end = m_Doc->LineStart(runLast) + m_Doc->LineLength(runLast, 0);
-      std::u16string old(static_cast<size_t>(end - start), u'\0');
-      m_Doc->GetText(start, old.data(), end - start);
+      std::u16string old(static_cast<size_t>(runEnd - runStart), u'\0');
+      m_Doc->GetText(runStart, old.data(), runEnd - runStart);
       if (old != text) {
-        changes.Add(start, end - start, text);
+        changes.Add(runStart, runEnd - runStart, text);
         r.changed += runLast - runFirst + 1;
       }
     }
@@ -123,12 +122,15 @@ int KwEditView::ExecuteLineUmb(KwLineBreakEvent* event) {
     joined.clear();
   };
   execute::ForTaskLines(*m_Doc, lines, u"EditLineBreak", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t) {
-                          std::u16string_view view(text, static_cast<size_t>(length));
+                        [&](KwLineWalker& walker, int64_t) {
+                          const Line line = walker.GetLine();
+                          const int64_t length = walker.GetLength();
+                          std::u16string_view view(walker.GetText(), static_cast<size_t>(length));
                           if (p->m_Mode == 0 || length == 0 || (runFirst >= 0 && line != runLast + 1)) flush();
                           if (length == 0) return;
                           if (runFirst < 0) {
                             runFirst = line;
+                            runStart = walker.GetStart();
                             joined.assign(view);
                           } else {
                             const size_t lead = view.find_first_not_of(u' ');
@@ -137,6 +139,7 @@ int KwEditView::ExecuteLineUmb(KwLineBreakEvent* event) {
                             joined.append(view.substr(lead == std::u16string_view::npos ? view.size() : lead));
                           }
                           runLast = line;
+                          runEnd = walker.GetStart() + length;
                         });
   flush();
   if (changes.Apply(*m_Doc) < 0) return 0;
@@ -144,19 +147,15 @@ int KwEditView::ExecuteLineUmb(KwLineBreakEvent* event) {
   return 1;
 }
 
-int KwEditView::ApplyLineAction(int action, const std::vector<Line>& selected, const std::vector<Line>& others) {
-  switch (action) {
-    case kLineActionMark:
-      for (Line line : selected) m_Doc->SetLineMark(line, 1);
-      return 1;
-    case kLineActionUnmark:
-      for (Line line : selected) m_Doc->SetLineMark(line, 0);
-      return 1;
-    case kLineActionDelete:
-      return DeleteTaskLines(selected);
-    default:
-      return DeleteTaskLines(others);
+int KwEditView::FinishLineAction(execute::LineAction& action) {
+  bool deleted = false;
+  if (action.Finish(&deleted) == 0) return 0;
+  if (deleted) {
+    // The caret and the selection may point behind the shorter text.
+    const Line caret = ClampLine(m_CaretLine);
+    SetSel(caret, m_CaretCol, caret, m_CaretCol, 0, 1);
   }
+  return 1;
 }
 
 int KwEditView::ExecuteLine2(KwLine2Event* event) {
@@ -180,12 +179,14 @@ int KwEditView::ExecuteLine2(KwLine2Event* event) {
     while (b > a && text[b - 1] == u' ') --b;
     return std::u16string(text + a, static_cast<size_t>(b - a));
   };
-  std::vector<Line> selected, others;
+  execute::LineAction action(*m_Doc, p->m_Action);
   std::u16string previous;
   bool havePrevious = false;
   KwExecuteResult& r = m_LastExecute;
   execute::ForTaskLines(*m_Doc, lines, u"EditLine2", r.lines,
-                        [&](Line line, const char16_t* text, int64_t length, int64_t) {
+                        [&](KwLineWalker& line, int64_t) {
+                          const char16_t* text = line.GetText();
+                          const int64_t length = line.GetLength();
                           const std::u16string field = trimmed(text, std::min(c0, length), std::min(c1, length));
                           bool hit = false;
                           int error = kNumberOk;
@@ -213,10 +214,10 @@ int KwEditView::ExecuteLine2(KwLine2Event* event) {
                           }
                           previous = field;
                           havePrevious = true;
-                          (hit ? selected : others).push_back(line);
+                          if (hit) ++r.changed;
+                          action.Take(line, hit);
                         });
-  r.changed = static_cast<int64_t>(selected.size());
-  if (ApplyLineAction(p->m_Action, selected, others) == 0) return 0;
+  if (FinishLineAction(action) == 0) return 0;
   RecordIfRecording(p);
   return 1;
 }

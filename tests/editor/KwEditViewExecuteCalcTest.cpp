@@ -2,9 +2,13 @@
 // skipped, padded and overflowing lines, one undo step, recording and replay.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "app/KwWinApp.h"
+#include "base/CodePages.h"
+#include "base/KwFolders.h"
 #include "editor/KwEditViewExecute.h"
 #include "editor/KwEditView.h"
 #include "KwEditViewExecuteTest.h"
@@ -180,6 +184,104 @@ TEST_F(ExecuteTest, ColSumShowsCopiesInsertsOrOnlyReportsTheSum) {
   const std::u16string before = Text();
   EXPECT_EQ(view_.ExecuteColSum(&e), 0);
   EXPECT_EQ(Text(), before);
+}
+
+TEST_F(ExecuteTest, TasksLeaveOutTheEmptyLineBehindAFinalEndOfLine) {
+  // It is no line of text: neither visited nor counted as skipped.
+  Fill(u"0012\r\n0003\r\n");
+  auto e = Calc(u"[1-4]", 6, 8);
+  ASSERT_EQ(view_.ExecuteColCalc(e.get()), 1);
+  EXPECT_EQ(Text(), u"0012  12\r\n0003   3\r\n");
+  EXPECT_EQ(view_.GetLastExecute().lines, 2);
+  EXPECT_EQ(view_.GetLastExecute().skipped, 0);
+  // A task that writes on every line it visits leaves it empty.
+  kw::KwAutoInsertEvent insert;
+  insert.m_Text = u"X";
+  insert.m_Column = 1;
+  Fill(u"a\r\nb\r\n");
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(Text(), u"Xa\r\nXb\r\n");
+  EXPECT_EQ(view_.GetLastExecute().lines, 2);
+  // A last line with text is visited, and so is the one empty line of an empty text.
+  Fill(u"a\r\nb");
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(Text(), u"Xa\r\nXb");
+  Fill(u"");
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(Text(), u"X");
+  // Marked lines: a mark on it does not count; an area of that line only has nothing to work on.
+  Fill(u"a\r\nb\r\n");
+  doc_.SetLineMark(1, 1);
+  doc_.SetLineMark(2, 1);
+  insert.m_Area = static_cast<int>(kw::kAreaMarked);
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(Text(), u"a\r\nXb\r\n");
+  EXPECT_EQ(view_.GetLastExecute().lines, 1);
+  doc_.SetLineMark(1, 0);
+  EXPECT_EQ(view_.ExecuteAutoInsert(&insert), 0);
+  EXPECT_EQ(Text(), u"a\r\nXb\r\n");
+  // The sum written behind the area goes on a line of its own before the final end of line.
+  Fill(u"1\r\n2\r\n");
+  KwColSumEvent sum;
+  sum.m_Term = u"[1]";
+  sum.m_Output = 2;
+  ASSERT_EQ(view_.ExecuteColSum(&sum), 1);
+  EXPECT_EQ(Text(), u"1\r\n2\r\n3\r\n");
+}
+
+// A user whose settings keep the angle unit in degrees.
+class ExecuteAngleTest : public ExecuteTest {
+ protected:
+  class App : public kw::KwWinApp {
+   public:
+    std::u16string GetAppVersion() const override { return u"1"; }
+  };
+  ExecuteAngleTest() : saved_(kw::GetFolders()), cwd_(std::filesystem::current_path()) {
+    kw::GetFolders().SetUserFolder(kw::FromUtf8(dir_.string()));
+    kw::GetFolders().SetProjectFolder(kw::FromUtf8(dir_.string()));
+    std::filesystem::current_path(dir_);
+    WriteBytes(Temp("KwUser.INI"), kDegrees);
+  }
+  ~ExecuteAngleTest() override {
+    std::filesystem::current_path(cwd_);
+    kw::GetFolders() = saved_;
+  }
+  std::string UserFile() const { return ReadBytes(Temp("KwUser.INI")); }
+
+  static constexpr const char* kDegrees = "[Terms]\r\nANGLEUNIT=1\r\n";
+  kw::KwFolders saved_;
+  std::filesystem::path cwd_;
+};
+
+TEST_F(ExecuteAngleTest, AnEventsAngleUnitIsUsedButNotWrittenIntoTheUsersSettings) {
+  App app;
+  // The event's unit (gon: sin of 100 is 1) holds for the task; the user's degrees stay in the file.
+  Fill(u"100\r\n090");
+  auto e = Calc(u"SIN([1-3])*1000", 5, 9);
+  e->m_AngleUnit = kw::kTermGon;
+  ASSERT_EQ(view_.ExecuteColCalc(e.get()), 1);
+  EXPECT_EQ(doc_.GetLineText(0), u"100  1000");
+  EXPECT_EQ(doc_.GetLineText(1), u"090   988");
+  EXPECT_EQ(UserFile(), kDegrees);
+  // A replayed recorded line the same.
+  EXPECT_EQ(Replay(e->Format(), u"100"), u"100  1000");
+  EXPECT_EQ(UserFile(), kDegrees);
+  // The line selection too.
+  Fill(u"100\r\n090");
+  kw::KwLineSelectEvent select;
+  select.m_Term = u"SIN([1-3])>0.999";
+  select.m_AngleUnit = kw::kTermGon;
+  select.m_Action = kw::kLineActionDelete;
+  ASSERT_EQ(view_.ExecuteLineMark(&select), 1);
+  EXPECT_EQ(Text(), u"090");
+  EXPECT_EQ(UserFile(), kDegrees);
+  // The sum has no unit of its own: it takes the user's degrees.
+  Fill(u"090");
+  KwColSumEvent sum;
+  sum.m_Term = u"SIN([1-3])";
+  sum.m_Output = 3;
+  ASSERT_EQ(view_.ExecuteColSum(&sum), 1);
+  EXPECT_DOUBLE_EQ(view_.GetLastExecute().value, 1.0);
 }
 
 TEST(ExecuteHelpers, DecimalsAndResultFormatting) {
