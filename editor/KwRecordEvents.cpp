@@ -5,6 +5,17 @@ namespace kw {
 
 namespace {
 
+// Binds plain fields in the order given; the field kind follows the member's type.
+void BindOne(KwEventFields& fields, int& value) { fields.Int(value); }
+void BindOne(KwEventFields& fields, int64_t& value) { fields.Int(value); }
+void BindOne(KwEventFields& fields, double& value) { fields.Real(value); }
+void BindOne(KwEventFields& fields, std::u16string& value) { fields.Text(value); }
+
+template <typename... Values>
+void Bind(KwEventFields& fields, Values&... values) {
+  (BindOne(fields, values), ...);
+}
+
 void BindFindOptions(KwEventFields& fields, KwFindEventOptions& find) {
   for (int& option : find.m_Options) fields.Extra(option);
   fields.Extra(find.m_InSelection);
@@ -16,17 +27,14 @@ void BindFindOptions(KwEventFields& fields, KwFindEventOptions& find) {
 KwFindEvent::KwFindEvent() : KwTemplateEvent(kEventFind, u"EditFind", u"EditFind%c%%s%c%%d") {}
 
 void KwFindEvent::BindFields(KwEventFields& fields) {
-  fields.Text(m_Text);
-  fields.Int(m_Command);
+  Bind(fields, m_Text, m_Command);
   BindFindOptions(fields, m_Find);
 }
 
 KwReplEvent::KwReplEvent() : KwTemplateEvent(kEventRepl, u"EditRepl", u"EditRepl%c%%s%c%%d%c%%s%c00") {}
 
 void KwReplEvent::BindFields(KwEventFields& fields) {
-  fields.Text(m_Text);
-  fields.Int(m_Command);
-  fields.Text(m_ReplText);
+  Bind(fields, m_Text, m_Command, m_ReplText);
   BindFindOptions(fields, m_Find);
 }
 
@@ -38,24 +46,19 @@ int KwBCharEvent::Parse(const std::u16string& line) {
 }
 
 void KwBCharEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Code);
-  fields.Int(m_Encoding);
+  Bind(fields, m_Code, m_Encoding);
 }
 
 KwXCharEvent::KwXCharEvent() : KwTemplateEvent(kEventXChar, u"EditXChar", u"EditXChar%c%%d%c%%d") {}
 
 void KwXCharEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Code);
-  fields.Int(m_Count);
+  Bind(fields, m_Code, m_Count);
 }
 
 KwAlignEvent::KwAlignEvent() : KwTemplateEvent(kEventAlign, u"EditAlign", u"EditAlign%c%%d%c%%d%c%%d%c%%d") {}
 
 void KwAlignEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Align);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Int(m_Area);
+  Bind(fields, m_Align, m_FirstCol, m_LastCol, m_Area);
 }
 
 KwTableRepEvent::KwTableRepEvent()
@@ -63,62 +66,41 @@ KwTableRepEvent::KwTableRepEvent()
 
 void KwTableRepEvent::BindFields(KwEventFields& fields) {
   fields.File(m_MainFile);
-  fields.Int(m_Area);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Int(m_MatchCase);
-  fields.Int(m_Wildcards);
-  fields.Int(m_Convert);
+  Bind(fields, m_Area, m_FirstCol, m_LastCol, m_MatchCase, m_Wildcards, m_Convert);
 }
 
 KwColWriteEvent::KwColWriteEvent()
     : KwTemplateEvent(kEventColWrite, u"EditColWrite", u"EditColWrite%c%%d%c%%s%c%%d%c%%d%c%%d") {}
 
 void KwColWriteEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Area);
-  fields.Text(m_Text);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Int(m_Insert);
+  Bind(fields, m_Area, m_Text, m_FirstCol, m_LastCol, m_Insert);
 }
 
 KwColFormEvent::KwColFormEvent()
     : KwTemplateEvent(kEventColForm, u"EditColForm", u"EditColForm%c%%s%c%%d%c%%d%c%%d") {}
 
 void KwColFormEvent::BindFields(KwEventFields& fields) {
-  fields.Text(m_Picture);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Int(m_Area);
+  Bind(fields, m_Picture, m_FirstCol, m_LastCol, m_Area);
 }
 
 KwSortEvent::KwSortEvent()
     : KwTemplateEvent(kEventSort, u"EditSort", u"EditSort%c%%d%c%%d%c%%d%c%%d%c%%d%c%%d") {}
 
 void KwSortEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Int(m_Descending);
-  fields.Int(m_Numeric);
-  fields.Int(m_CaseSensitive);
-  fields.Int(m_Area);
+  Bind(fields, m_FirstCol, m_LastCol, m_Descending, m_Numeric, m_CaseSensitive, m_Area);
 }
 
 KwUmfEvent::KwUmfEvent() : KwTemplateEvent(kEventUmf, u"EditUmf", u"EditUmf%c%%s%c%%d") {}
 
 void KwUmfEvent::BindFields(KwEventFields& fields) {
-  fields.Text(m_Rule);
-  fields.Int(m_Area);
+  Bind(fields, m_Rule, m_Area);
 }
 
 KwLineBreakEvent::KwLineBreakEvent()
     : KwTemplateEvent(kEventLineBreak, u"EditLineBreak", u"EditLineBreak%c%%d%c%%d%c%%d%c%%d") {}
 
 void KwLineBreakEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Width);
-  fields.Int(m_Indent);
-  fields.Int(m_Mode);
-  fields.Int(m_Area);
+  Bind(fields, m_Width, m_Indent, m_Mode, m_Area);
 }
 
 KwLineSelectEvent::KwLineSelectEvent()
@@ -126,28 +108,14 @@ KwLineSelectEvent::KwLineSelectEvent()
                       u"EditLineSelect%c%%d%c%%d%c%%s%c%%d%c%%d%c%%d%c%%d") {}
 
 void KwLineSelectEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Action);
-  fields.Int(m_Area);
-  fields.Text(m_Term);
-  fields.Int(m_Invert);
-  fields.Int(m_FirstLine);
-  fields.Int(m_LastLine);
-  fields.Int(m_AngleUnit);
+  Bind(fields, m_Action, m_Area, m_Term, m_Invert, m_FirstLine, m_LastLine, m_AngleUnit);
 }
 
 KwLine2Event::KwLine2Event()
     : KwTemplateEvent(kEventLine2, u"EditLine2", u"EditLine2%c%%d%c%%d%c%%d%c%%s%c%%s%c%%d%c%%d%c%%lf%c%%d") {}
 
 void KwLine2Event::BindFields(KwEventFields& fields) {
-  fields.Int(m_Action);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Text(m_From);
-  fields.Text(m_To);
-  fields.Int(m_Numeric);
-  fields.Int(m_Duplicates);
-  fields.Real(m_Tolerance);
-  fields.Int(m_Area);
+  Bind(fields, m_Action, m_FirstCol, m_LastCol, m_From, m_To, m_Numeric, m_Duplicates, m_Tolerance, m_Area);
 }
 
 KwColCalcEvent::KwColCalcEvent()
@@ -155,44 +123,27 @@ KwColCalcEvent::KwColCalcEvent()
                       u"EditColCalc%c%%d%c%%lf%c%%lf%c%%s%c%%d%c%%d%c%%s%c%%d%c%%d%c%%d") {}
 
 void KwColCalcEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Area);
-  fields.Real(m_Min);
-  fields.Real(m_Max);
-  fields.Text(m_Term);
-  fields.Int(m_FirstCol);
-  fields.Int(m_LastCol);
-  fields.Text(m_Picture);
-  fields.Int(m_AngleUnit);
-  fields.Int(m_RoundMode);
-  fields.Int(m_Insert);
+  Bind(fields, m_Area, m_Min, m_Max, m_Term, m_FirstCol, m_LastCol, m_Picture, m_AngleUnit, m_RoundMode, m_Insert);
 }
 
 KwColSumEvent::KwColSumEvent() : KwTemplateEvent(kEventColSum, u"EditColSum", u"EditColSum%c%%d%c%%s%c%%d") {}
 
 void KwColSumEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Area);
-  fields.Text(m_Term);
-  fields.Int(m_Output);
+  Bind(fields, m_Area, m_Term, m_Output);
 }
 
 KwAutoInsertEvent::KwAutoInsertEvent()
     : KwTemplateEvent(kEventAutoInsert, u"EditAutoInsert", u"EditAutoInsert%c%%d%c%%s%c%%d%c%%s%c%%d%c%%d") {}
 
 void KwAutoInsertEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Column);
-  fields.Text(m_Text);
-  fields.Int(m_Start);
-  fields.Text(m_Picture);
-  fields.Int(m_Step);
-  fields.Int(m_Area);
+  Bind(fields, m_Column, m_Text, m_Start, m_Picture, m_Step, m_Area);
 }
 
 KwGotoSelectedLineEvent::KwGotoSelectedLineEvent()
     : KwTemplateEvent(kEventGotoSelectedLine, u"EditGotoSelectedLine", u"EditGotoSelectedLine%c%%d%c%%d") {}
 
 void KwGotoSelectedLineEvent::BindFields(KwEventFields& fields) {
-  fields.Int(m_Direction);
-  fields.Int(m_InSelection);
+  Bind(fields, m_Direction, m_InSelection);
 }
 
 }  // namespace kw

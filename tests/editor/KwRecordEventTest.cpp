@@ -31,7 +31,9 @@ class RecordEventTest : public kwtest::PlatformTest {};
 
 struct KindRow {
   char letter;
-  std::function<void(KwRecordEvent&)> fill;  // sets every field to a value unlike its default
+  // Sets every field to a value unlike its default, and fields of one type to values unlike each
+  // other, so that a field bound out of its place shows in the line.
+  std::function<void(KwRecordEvent&)> fill;
   std::u16string line;
 };
 
@@ -62,20 +64,20 @@ const KindRow kKinds[] = {
     {'V', [](KwRecordEvent& e) {
        auto& t = As<KwTableRepEvent>(e);
        t.SetMainFile(u"/data/umlaut.tab");
-       t.m_Area = 2, t.m_FirstCol = 4, t.m_LastCol = 9, t.m_MatchCase = 1, t.m_Wildcards = 1, t.m_Convert = 1;
-     }, L(u"EditTableRep~/data/umlaut.tab~2~4~9~1~1~1")},
+       t.m_Area = 2, t.m_FirstCol = 4, t.m_LastCol = 9, t.m_MatchCase = 1, t.m_Wildcards = 3, t.m_Convert = 5;
+     }, L(u"EditTableRep~/data/umlaut.tab~2~4~9~1~3~5")},
     {'W', [](KwRecordEvent& e) {
        auto& w = As<KwColWriteEvent>(e);
-       w.m_Area = 1, w.m_Text = u"  X ", w.m_FirstCol = 5, w.m_LastCol = 8, w.m_Insert = 1;
-     }, L(u"EditColWrite~1~  X ~5~8~1")},
+       w.m_Area = 2, w.m_Text = u"  X ", w.m_FirstCol = 5, w.m_LastCol = 8, w.m_Insert = 1;
+     }, L(u"EditColWrite~2~  X ~5~8~1")},
     {'X', [](KwRecordEvent& e) {
        auto& f = As<KwColFormEvent>(e);
        f.m_Picture = u"###.##", f.m_FirstCol = 3, f.m_LastCol = 8, f.m_Area = 2;
      }, L(u"EditColForm~###.##~3~8~2")},
     {'Y', [](KwRecordEvent& e) {
        auto& s = As<KwSortEvent>(e);
-       s.m_FirstCol = 2, s.m_LastCol = 7, s.m_Descending = 1, s.m_Numeric = 1, s.m_CaseSensitive = 1, s.m_Area = 16;
-     }, L(u"EditSort~2~7~1~1~1~16")},
+       s.m_FirstCol = 2, s.m_LastCol = 7, s.m_Descending = 1, s.m_Numeric = 3, s.m_CaseSensitive = 5, s.m_Area = 16;
+     }, L(u"EditSort~2~7~1~3~5~16")},
     {'Z', [](KwRecordEvent& e) { As<KwUmfEvent>(e).m_Rule = u"GK-UTM", As<KwUmfEvent>(e).m_Area = 1; },
      L(u"EditUmf~GK-UTM~1")},
     {'[', [](KwRecordEvent& e) {
@@ -90,18 +92,18 @@ const KindRow kKinds[] = {
     {'^', [](KwRecordEvent& e) {
        auto& s = As<KwLine2Event>(e);
        s.m_Action = kLineActionDelete, s.m_FirstCol = 11, s.m_LastCol = 20, s.m_From = u"A", s.m_To = u"M";
-       s.m_Numeric = 1, s.m_Duplicates = 1, s.m_Tolerance = 0.005, s.m_Area = 1;
-     }, L(u"EditLine2~2~11~20~A~M~1~1~0.005000~1")},
+       s.m_Numeric = 1, s.m_Duplicates = 3, s.m_Tolerance = 0.005, s.m_Area = 16;
+     }, L(u"EditLine2~2~11~20~A~M~1~3~0.005000~16")},
     {'_', [](KwRecordEvent& e) {
        auto& c = As<KwColCalcEvent>(e);
        c.m_Area = 16, c.m_Min = -1.5, c.m_Max = 2500.125, c.m_Term = u"SQR([10-19]^2+[21-30]^2)";
        c.m_FirstCol = 41, c.m_LastCol = 50, c.m_Picture = u"####.###", c.m_AngleUnit = 2, c.m_RoundMode = 1;
-       c.m_Insert = 1;
-     }, L(u"EditColCalc~16~-1.500000~2500.125000~SQR([10-19]^2+[21-30]^2)~41~50~####.###~2~1~1")},
+       c.m_Insert = 3;
+     }, L(u"EditColCalc~16~-1.500000~2500.125000~SQR([10-19]^2+[21-30]^2)~41~50~####.###~2~1~3")},
     {'`', [](KwRecordEvent& e) {
        auto& s = As<KwColSumEvent>(e);
-       s.m_Area = 2, s.m_Term = u"[10-19]", s.m_Output = 2;
-     }, L(u"EditColSum~2~[10-19]~2")},
+       s.m_Area = 1, s.m_Term = u"[10-19]", s.m_Output = 2;
+     }, L(u"EditColSum~1~[10-19]~2")},
     {'a', [](KwRecordEvent& e) {
        auto& a = As<KwAutoInsertEvent>(e);
        a.m_Column = 7, a.m_Text = u"P-", a.m_Start = 100, a.m_Picture = u"*****", a.m_Step = -10, a.m_Area = 16;
