@@ -27,12 +27,42 @@ class UndoGroup {
   bool m_Open;
 };
 
+// The document's end of line.
+std::u16string EolOf(KwEditBase& doc) {
+  char16_t eolText[3] = {0, 0, 0};
+  const int eolLength = doc.GetEOLText(eolText, 0);
+  return std::u16string(eolText, static_cast<size_t>(eolLength));
+}
+
+// The view's column block, lines and columns in order.
+struct ColumnBlock {
+  Line l1 = 0, l2 = 0;
+  int64_t c1 = 0, c2 = 0;
+};
+
+ColumnBlock GetColumnBlock(KwEditView& view) {
+  ColumnBlock b;
+  view.GetSel(&b.l1, &b.c1, &b.l2, &b.c2);
+  return b;
+}
+
+// Whether a delete key takes the fly selection as a whole: a stream, or a column block of some width
+// (one of no width loses a unit on each of its lines instead).
+bool DeletesWholeFly(int flyKind, const ColumnBlock& b) {
+  return flyKind == kStickStream || (flyKind == kStickColumn && b.c2 > b.c1);
+}
+
+// Leaves the block's lines as a column of no width at `column`, the anchor at the end it had (the
+// caret is on the last line exactly when the anchor is not below it).
+void CollapseColumn(KwEditView& view, const ColumnBlock& b, int64_t column) {
+  const bool anchorFirst = view.GetCurrentLine() == b.l2;
+  view.SetSel(anchorFirst ? b.l1 : b.l2, column, anchorFirst ? b.l2 : b.l1, column, kStickColumn, 1);
+}
+
 }  // namespace
 
 std::u16string KwEditView::ToDocumentEOL(const std::u16string& text) const {
-  char16_t eolText[3] = {0, 0, 0};
-  const int eolLength = m_Doc->GetEOLText(eolText, 0);
-  const std::u16string eol(eolText, static_cast<size_t>(eolLength));
+  const std::u16string eol = EolOf(*m_Doc);
   std::u16string out;
   out.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
@@ -77,8 +107,7 @@ int KwEditView::DeleteFly() {
   if (kind == kStickColumn) {
     if (c2 > c1) m_Doc->DeleteColumn(l1, l2, c1, c2, nullptr, 0, 0, nullptr);
     // The block stays as a column of no width, so that typing goes on in each of its lines.
-    const bool anchorFirst = m_AnchorLine <= m_CaretLine;
-    SetSel(anchorFirst ? l1 : l2, c1, anchorFirst ? l2 : l1, c1, kStickColumn, 1);
+    CollapseColumn(*this, {l1, l2, c1, c2}, c1);
     return 1;
   }
   return 0;
@@ -91,9 +120,7 @@ int KwEditView::OnChar(char16_t ch) {
     m_FlyKind = 0;
     const Line line = m_CaretLine;
     const int64_t column = std::min(m_CaretCol, m_Doc->LineLength(line));
-    char16_t eolText[3] = {0, 0, 0};
-    const int eolLength = m_Doc->GetEOLText(eolText, 0);
-    if (ReplaceAtPadded(line, column, 0, std::u16string(eolText, static_cast<size_t>(eolLength))) == 0) return 0;
+    if (ReplaceAtPadded(line, column, 0, EolOf(*m_Doc)) == 0) return 0;
     GotoLineCol(line + 1, 0);
     return 1;
   }
@@ -107,16 +134,13 @@ int KwEditView::OnChar(char16_t ch) {
     return 1;
   }
   if (m_FlyKind == kStickColumn) {
-    Line l1 = 0, l2 = 0;
-    int64_t c1 = 0, c2 = 0;
-    GetSel(&l1, &c1, &l2, &c2);
+    const ColumnBlock b = GetColumnBlock(*this);
     UndoGroup group(m_Doc);
-    int64_t removeTo = c2;
-    if (c2 == c1 && m_InsertMode == 0) removeTo = c1 + 1;  // overwrite the unit at the column
-    if (removeTo > c1) m_Doc->DeleteColumn(l1, l2, c1, removeTo, nullptr, 0, 0, nullptr);
-    if (m_Doc->InsertColumn(l1, l2, c1, c1 + 1, unit, 0, 0, nullptr) == 0) return 0;
-    const bool anchorFirst = m_AnchorLine <= m_CaretLine;
-    SetSel(anchorFirst ? l1 : l2, c1 + 1, anchorFirst ? l2 : l1, c1 + 1, kStickColumn, 1);
+    int64_t removeTo = b.c2;
+    if (b.c2 == b.c1 && m_InsertMode == 0) removeTo = b.c1 + 1;  // overwrite the unit at the column
+    if (removeTo > b.c1) m_Doc->DeleteColumn(b.l1, b.l2, b.c1, removeTo, nullptr, 0, 0, nullptr);
+    if (m_Doc->InsertColumn(b.l1, b.l2, b.c1, b.c1 + 1, unit, 0, 0, nullptr) == 0) return 0;
+    CollapseColumn(*this, b, b.c1 + 1);
     return 1;
   }
   const Line line = m_CaretLine;
@@ -128,19 +152,15 @@ int KwEditView::OnChar(char16_t ch) {
 }
 
 int KwEditView::OnBackSpace() {
-  if (m_FlyKind == kStickStream) return DeleteFly();
+  const ColumnBlock b = GetColumnBlock(*this);
+  if (DeletesWholeFly(m_FlyKind, b)) return DeleteFly();
   if (m_FlyKind == kStickColumn) {
-    Line l1 = 0, l2 = 0;
-    int64_t c1 = 0, c2 = 0;
-    GetSel(&l1, &c1, &l2, &c2);
-    if (c2 > c1) return DeleteFly();
-    if (c1 == 0) {
+    if (b.c1 == 0) {
       Beep();
       return 0;
     }
-    m_Doc->DeleteColumn(l1, l2, c1 - 1, c1, nullptr, 0, 0, nullptr);
-    const bool anchorFirst = m_AnchorLine <= m_CaretLine;
-    SetSel(anchorFirst ? l1 : l2, c1 - 1, anchorFirst ? l2 : l1, c1 - 1, kStickColumn, 1);
+    m_Doc->DeleteColumn(b.l1, b.l2, b.c1 - 1, b.c1, nullptr, 0, 0, nullptr);
+    CollapseColumn(*this, b, b.c1 - 1);
     return 1;
   }
   const Line line = m_CaretLine;
@@ -166,13 +186,10 @@ int KwEditView::OnBackSpace() {
 }
 
 int KwEditView::OnCharDelete() {
-  if (m_FlyKind == kStickStream) return DeleteFly();
+  const ColumnBlock b = GetColumnBlock(*this);
+  if (DeletesWholeFly(m_FlyKind, b)) return DeleteFly();
   if (m_FlyKind == kStickColumn) {
-    Line l1 = 0, l2 = 0;
-    int64_t c1 = 0, c2 = 0;
-    GetSel(&l1, &c1, &l2, &c2);
-    if (c2 > c1) return DeleteFly();
-    m_Doc->DeleteColumn(l1, l2, c1, c1 + 1, nullptr, 0, 0, nullptr);
+    m_Doc->DeleteColumn(b.l1, b.l2, b.c1, b.c1 + 1, nullptr, 0, 0, nullptr);
     return 1;
   }
   const Line line = m_CaretLine;
@@ -229,10 +246,7 @@ int KwEditView::OnIndent() {
 int KwEditView::OnLineInsert() {
   m_FlyKind = 0;
   const Line line = m_CaretLine;
-  char16_t eolText[3] = {0, 0, 0};
-  const int eolLength = m_Doc->GetEOLText(eolText, 0);
-  if (ReplaceAtPadded(line, m_Doc->LineLength(line), 0, std::u16string(eolText, static_cast<size_t>(eolLength))) == 0)
-    return 0;
+  if (ReplaceAtPadded(line, m_Doc->LineLength(line), 0, EolOf(*m_Doc)) == 0) return 0;
   GotoLineCol(line + 1, 0);
   return 1;
 }
@@ -240,9 +254,8 @@ int KwEditView::OnLineInsert() {
 int KwEditView::OnLineBefore() {
   m_FlyKind = 0;
   const Line line = m_CaretLine;
-  char16_t eolText[3] = {0, 0, 0};
-  const int eolLength = m_Doc->GetEOLText(eolText, 0);
-  if (m_Doc->SelReplace(line, 0, line, 0, eolText, eolLength, 4) == 0) return 0;
+  const std::u16string eol = EolOf(*m_Doc);
+  if (m_Doc->SelReplace(line, 0, line, 0, eol.data(), static_cast<int64_t>(eol.size()), 4) == 0) return 0;
   GotoLineCol(line, 0);
   return 1;
 }
