@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "editor/EditTestSupport.h"
 #include "editor/KwEditView.h"
 #include "support/TestSupport.h"
 
@@ -12,10 +13,7 @@ class EditViewFixture : public PlatformTest {
  protected:
   // Replaces the text (CR ends of line) and puts the caret at the top without a selection.
   void Fill(const std::u16string& text) {
-    doc_.SetChunkUnits(3);
-    doc_.InitEdit();
-    doc_.SetEOLType(13);
-    doc_.AddText(text, 0, 0);
+    FillDoc(doc_, text);
     view_.SetSel(0, 0, 0, 0, 0);
   }
   kw::KwEditBase doc_;

@@ -9,6 +9,7 @@
 
 #include "editor/KwEditBase.h"
 #include "editor/KwEditUndo.h"
+#include "editor/EditTestSupport.h"
 #include "platform/Platform.h"
 #include "support/TestSupport.h"
 
@@ -16,23 +17,12 @@ namespace {
 
 using kw::KwEditBase;
 using Line = int64_t;
-
-std::string Visible(const std::u16string& t) {
-  std::string out;
-  for (const char16_t c : t)
-    out += c == 13 ? "<CR>" : c == 10 ? "<LF>" : c == 9 ? "<TAB>" : c == 12 ? "<FF>" : c < 128 ? std::string(1, char(c)) : "?";
-  return out;
-}
+using kwtest::Visible;
 
 class EditAreaTest : public kwtest::PlatformTest {
  protected:
   // Tiny chunks so that every walk and every write crosses chunk borders.
-  void Fill(const std::u16string& text, char16_t eol = 13) {
-    doc_.SetChunkUnits(3);
-    doc_.InitEdit();
-    doc_.SetEOLType(eol);
-    doc_.AddText(text, 0, 0);
-  }
+  void Fill(const std::u16string& text, char16_t eol = 13) { kwtest::FillDoc(doc_, text, 3, eol); }
   // Runs `op`, expects `want` and one undo record of `type` (none when the text stays), then checks
   // that undo gives back the old text and redo the new one.
   void ExpectOp(const std::function<int()>& op, const std::u16string& want, uint32_t type,
@@ -250,26 +240,35 @@ TEST_F(EditAreaTest, ColumnsAndLineLengths) {
 
 TEST_F(EditAreaTest, SortLinesByKeys) {
   using kw::tagSORTKEY;
-  Fill(u"b 10\r\nA 9\r\nc 100\r\na 9");
-  ExpectOp([&] { return doc_.SortLines(0, {}, 4, 0, 0, nullptr); }, u"A 9\r\na 9\r\nb 10\r\nc 100",
-           kw::kUndoSortLines, "whole lines, case-blind; each place keeps its end of line");
-  Fill(u"b 10\r\nA 9\r\nc 100\r\na 9");
-  ExpectOp([&] { return doc_.SortLines(0, {tagSORTKEY{2, -1, 1, 0, 0}}, 4, 1, 0, nullptr); },
-           u"A 9\r\na 9\r\nb 10\r\nc 100", kw::kUndoSortLines, "numeric key, stable");
-  Fill(u"b 10\r\nA 9\r\nc 100\r\na 9");
-  ExpectOp([&] { return doc_.SortLines(0, {tagSORTKEY{0, 1, 0, 1, 0}}, 4, 1, 0, nullptr); },
-           u"c 100\r\nb 10\r\nA 9\r\na 9", kw::kUndoSortLines, "text key of one column, descending");
-  Fill(u"b 10\r\nA 9\r\nc 100\r\na 9");
-  ExpectOp([&] { return doc_.SortLines(0, {tagSORTKEY{0, 1, 0, 0, 1}, tagSORTKEY{2, -1, 1, 1, 0}}, 4, 1, 0, nullptr); },
-           u"A 9\r\na 9\r\nb 10\r\nc 100", kw::kUndoSortLines, "case-sensitive first key, second key descending");
-  Fill(u"x\r\n- 2\r\n- x\r\n- 1");
-  ExpectOp([&] { return doc_.SortLines(1, {tagSORTKEY{2, 9, 1, 0, 0}}, 99, 1, 0, nullptr); },
-           u"x\r\n- 1\r\n- 2\r\n- x", kw::kUndoSortLines, "a key that is no number goes behind; count past the end");
-  Fill(u"d\r\nc\r\nb\r\na\r\n");
-  doc_.SetLineMark(0, 1);
-  doc_.SetLineMark(2, 1);
-  ExpectOp([&] { return doc_.SortLines(0, {}, 5, 0, 1, nullptr); }, u"b\r\nc\r\nd\r\na\r\n", kw::kUndoSortLines,
-           "marked lines among their places");
+  const std::u16string mixed = u"b 10\r\nA 9\r\nc 100\r\na 9";
+  struct Row {
+    const char* what;
+    std::u16string text;
+    Line first;
+    std::vector<tagSORTKEY> keys;
+    int64_t count;
+    int stable;
+    std::vector<Line> marks;  // not empty: marked lines only
+    std::u16string want;
+  };
+  const Row rows[] = {
+      {"whole lines, case-blind; each place keeps its end of line", mixed, 0, {}, 4, 0, {},
+       u"A 9\r\na 9\r\nb 10\r\nc 100"},
+      {"numeric key, stable", mixed, 0, {{2, -1, 1, 0, 0}}, 4, 1, {}, u"A 9\r\na 9\r\nb 10\r\nc 100"},
+      {"text key of one column, descending", mixed, 0, {{0, 1, 0, 1, 0}}, 4, 1, {}, u"c 100\r\nb 10\r\nA 9\r\na 9"},
+      {"case-sensitive first key, second key descending", mixed, 0, {{0, 1, 0, 0, 1}, {2, -1, 1, 1, 0}}, 4, 1, {},
+       u"A 9\r\na 9\r\nb 10\r\nc 100"},
+      {"a key that is no number goes behind; count past the end", u"x\r\n- 2\r\n- x\r\n- 1", 1, {{2, 9, 1, 0, 0}},
+       99, 1, {}, u"x\r\n- 1\r\n- 2\r\n- x"},
+      {"marked lines among their places", u"d\r\nc\r\nb\r\na\r\n", 0, {}, 5, 0, {0, 2}, u"b\r\nc\r\nd\r\na\r\n"},
+      {"sorted already", u"a\r\nb", 0, {}, 2, 0, {}, u"a\r\nb"},
+  };
+  for (const Row& r : rows) {
+    Fill(r.text);
+    for (const Line l : r.marks) doc_.SetLineMark(l, 1);
+    ExpectOp([&] { return doc_.SortLines(r.first, r.keys, r.count, r.stable, r.marks.empty() ? 0 : 1, nullptr); },
+             r.want, kw::kUndoSortLines, r.what);
+  }
   Fill(u"c\r\nb\r\na");
   doc_.SetLineMark(0, 1);
   doc_.SortLines(0, {}, 3, 0, 0, nullptr);
@@ -277,8 +276,6 @@ TEST_F(EditAreaTest, SortLinesByKeys) {
   EXPECT_EQ(doc_.GetLineMark(0), 0);
   doc_.UndoEdit(nullptr);
   EXPECT_EQ(doc_.GetLineMark(0), 1);
-  Fill(u"a\r\nb");
-  ExpectOp([&] { return doc_.SortLines(0, {}, 2, 0, 0, nullptr); }, u"a\r\nb", 0, "sorted already");
 }
 
 TEST_F(EditAreaTest, RemoveMarkedLines) {

@@ -8,11 +8,13 @@
 
 #include "base/Text.h"
 #include "editor/KwEditBase.h"
+#include "editor/EditTestSupport.h"
 #include "editor/KwEditBaseFindScan.h"
 
 namespace {
 
 using kw::KwEditBase;
+using kwtest::ModelAll;
 using kw::findscan::Literal;
 
 std::u16string Upper(std::u16string s) {
@@ -20,49 +22,14 @@ std::u16string Upper(std::u16string s) {
   return s;
 }
 
-bool SameAt(const std::u16string& text, size_t at, const std::u16string& pat, bool matchCase) {
-  if (at + pat.size() > text.size()) return false;
-  for (size_t i = 0; i < pat.size(); ++i)
-    if (matchCase ? text[at + i] != pat[i] : kw::ToUpper(text[at + i]) != kw::ToUpper(pat[i])) return false;
-  return true;
-}
-
-int64_t NaiveFirst(const std::u16string& text, const std::u16string& pat, bool matchCase) {
-  for (size_t i = 0; i + pat.size() <= text.size(); ++i)
-    if (SameAt(text, i, pat, matchCase)) return static_cast<int64_t>(i);
-  return -1;
+// The first match searching forwards, or backwards; -1 when there is none.
+int64_t NaiveFirst(const std::u16string& text, const std::u16string& pat, bool matchCase, bool forward = true) {
+  const auto all = ModelAll(text, pat, matchCase, forward);
+  return all.empty() ? -1 : all.front();
 }
 
 int64_t NaiveLast(const std::u16string& text, const std::u16string& pat, bool matchCase) {
-  for (int64_t i = static_cast<int64_t>(text.size()) - static_cast<int64_t>(pat.size()); i >= 0; --i)
-    if (SameAt(text, static_cast<size_t>(i), pat, matchCase)) return i;
-  return -1;
-}
-
-// Every match without overlap, forwards from `from` or backwards from `to`, in search order.
-std::vector<int64_t> ModelAll(const std::u16string& text, const std::u16string& pat, bool matchCase, bool forward,
-                              int64_t lo = 0, int64_t hi = -1) {
-  if (hi < 0) hi = static_cast<int64_t>(text.size());
-  const auto m = static_cast<int64_t>(pat.size());
-  std::vector<int64_t> out;
-  if (forward) {
-    for (int64_t i = lo; i + m <= hi;)
-      if (SameAt(text, static_cast<size_t>(i), pat, matchCase)) {
-        out.push_back(i);
-        i += m;
-      } else {
-        ++i;
-      }
-  } else {
-    for (int64_t end = hi; end - m >= lo;)
-      if (SameAt(text, static_cast<size_t>(end - m), pat, matchCase)) {
-        out.push_back(end - m);
-        end -= m;
-      } else {
-        --end;
-      }
-  }
-  return out;
+  return NaiveFirst(text, pat, matchCase, false);
 }
 
 // Units that test the case forms (umlauts, sharp s, the pair U+00F7 / U+00D7), low-byte collisions of
@@ -168,13 +135,6 @@ TEST(FindKernel, CaseFormsUmlautsAndSharpS) {
   }
 }
 
-void Fill(KwEditBase& doc, const std::u16string& text, int64_t units) {
-  doc.SetChunkUnits(units);
-  doc.InitEdit();
-  doc.SetEOLType(13);
-  doc.AddText(text, 0, 0);
-}
-
 std::vector<int64_t> Collect(KwEditBase& doc, kw::Index at, const std::u16string& pat, int forward, int matchCase,
                              int marked = 0, int wild = 0, int fixSel = 0) {
   int64_t column = 0, length = 0;
@@ -191,7 +151,7 @@ TEST(FindKernel, StreamSearchAcrossChunkBordersBothDirections) {
     // Runs of "a" make many overlapping candidates; long patterns span several tiny chunks.
     std::u16string text = RandomText(rng, 400 + rng() % 600, round % 3 ? 6 : kAlphabet.size());
     KwEditBase doc;
-    Fill(doc, text, 3 + round % 20);
+    kwtest::FillDoc(doc, text, 3 + round % 20);
     // More text appended in pieces leaves chunks of uneven fill.
     for (int k = 0; k < 3; ++k) {
       const std::u16string more = RandomText(rng, rng() % 50, 6);
@@ -212,8 +172,15 @@ TEST(FindKernel, StreamSearchAcrossChunkBordersBothDirections) {
         int64_t col = 0;
         const int64_t line = doc.LineFromIndex(rng() % (n + 1), &col);
         const kw::Index from = doc.LineStart(line) + col;
-        EXPECT_EQ(Collect(doc, from, pat, 1, matchCase), ModelAll(text, pat, matchCase, true, from));
-        EXPECT_EQ(Collect(doc, from, pat, 0, matchCase), ModelAll(text, pat, matchCase, false, 0, from));
+        for (const int forward : {1, 0}) {
+          const auto want = forward ? ModelAll(text, pat, matchCase, true, from) : ModelAll(text, pat, matchCase, false, 0, from);
+          EXPECT_EQ(Collect(doc, from, pat, forward, matchCase), want);
+          // A single find from there stops at the first of them, given as line and column.
+          int64_t l = line, c = col, length = 0;
+          const auto end = static_cast<int64_t>(pat.size());
+          const int64_t r = doc.FindTextW(&l, &c, pat.data(), &end, 1, forward, matchCase, 0, 0, 0, &length);
+          EXPECT_EQ(r < 0 ? -1 : doc.LineStart(l) + c, want.empty() ? -1 : want.front()) << "forward " << forward;
+        }
       }
     }
   }
@@ -223,7 +190,7 @@ TEST(FindKernel, StreamSearchInsideTheFixSelection) {
   std::mt19937 rng(5);
   const std::u16string text = RandomText(rng, 3000, 4) + u"\r\n" + RandomText(rng, 3000, 4);
   KwEditBase doc;
-  Fill(doc, text, 7);
+  kwtest::FillDoc(doc, text, 7);
   for (int round = 0; round < 40; ++round) {
     int64_t c1 = 0, c2 = 0;
     const int64_t l1 = doc.LineFromIndex(rng() % text.size(), &c1);
@@ -266,7 +233,7 @@ TEST(FindKernel, LineSearchUsesTheLeadOfLiteralsAndWildcards) {
   std::u16string text;
   for (int l = 0; l < 60; ++l) text += RandomText(rng, rng() % 120, 6) + u"\r\n";
   KwEditBase doc;
-  Fill(doc, text, 64);
+  kwtest::FillDoc(doc, text, 64);
   // A column fix selection over every line and column: the line search runs for literals too.
   doc.SetStickSelection(2, 0, 0, doc.GetLinesInDoc(), 1000);
   const auto n = static_cast<int64_t>(text.size());
@@ -296,7 +263,7 @@ TEST(FindKernel, MarkedLinesPassOverUnmarkedOnes) {
   std::u16string text;
   for (int l = 0; l < 200; ++l) text += RandomText(rng, rng() % 60, 5) + u"\r\n";
   KwEditBase doc;
-  Fill(doc, text, 16);
+  kwtest::FillDoc(doc, text, 16);
   for (int64_t l = 0; l <= doc.GetLinesInDoc(); ++l) doc.SetLineMark(l, rng() % 4 == 0);
   const auto n = static_cast<int64_t>(text.size());
   auto marked = [&](std::vector<int64_t> all) {

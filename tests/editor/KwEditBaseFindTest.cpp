@@ -1,11 +1,11 @@
-// Finding text in the document: both search paths against a plain model, slices of long lines,
-// alternatives, wildcards, line and selection restrictions, refusals; and bracket matching.
+// Finding text in the document: slices of long lines, alternatives, wildcards, line and selection
+// restrictions, refusals; and bracket matching. Searches against a model are in the kernel's tests.
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
+#include "editor/EditTestSupport.h"
 #include "editor/KwEditBase.h"
 #include "support/TestSupport.h"
 
@@ -13,45 +13,7 @@ namespace {
 
 using kw::KwEditBase;
 using Line = int64_t;
-
-void Fill(KwEditBase& doc, const std::u16string& text, int64_t units, char16_t eol = 13) {
-  doc.SetChunkUnits(units);
-  doc.InitEdit();
-  doc.SetEOLType(eol);
-  doc.AddText(text, 0, 0);
-}
-
-char16_t Up(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= 0xE0 && c <= 0xFE) ? c - 32 : c; }
-
-bool SameAt(const std::u16string& text, size_t at, const std::u16string& pat, bool matchCase) {
-  if (at + pat.size() > text.size()) return false;
-  for (size_t i = 0; i < pat.size(); ++i)
-    if (matchCase ? text[at + i] != pat[i] : Up(text[at + i]) != Up(pat[i])) return false;
-  return true;
-}
-
-// Every match, without overlap, forwards from the start or backwards from the end of the text.
-std::vector<int64_t> ModelAll(const std::u16string& text, const std::u16string& pat, bool matchCase, bool forward) {
-  std::vector<int64_t> out;
-  if (forward) {
-    for (size_t i = 0; i < text.size();)
-      if (SameAt(text, i, pat, matchCase)) {
-        out.push_back(static_cast<int64_t>(i));
-        i += pat.size();
-      } else {
-        ++i;
-      }
-  } else {
-    for (int64_t end = static_cast<int64_t>(text.size()); end >= static_cast<int64_t>(pat.size());)
-      if (SameAt(text, static_cast<size_t>(end) - pat.size(), pat, matchCase)) {
-        out.push_back(end - static_cast<int64_t>(pat.size()));
-        end -= static_cast<int64_t>(pat.size());
-      } else {
-        --end;
-      }
-  }
-  return out;
-}
+using kwtest::FillDoc;
 
 // One search; the result, and the match as (index, length) when one was found.
 struct Found {
@@ -88,44 +50,9 @@ std::vector<int64_t> Collect(KwEditBase& doc, Line line, int64_t column, const s
   return positions;
 }
 
-TEST(EditFind, StreamSearchMatchesModelAcrossChunkBordersBothWays) {
-  std::mt19937 rng(7);
-  const std::u16string alphabet = u"abAB\r\n";
-  for (int round = 0; round < 40; ++round) {
-    std::u16string text;
-    const int n = 50 + static_cast<int>(rng() % 300);
-    for (int i = 0; i < n; ++i) text += alphabet[rng() % alphabet.size()];
-    KwEditBase doc;
-    Fill(doc, text, 3 + round % 5);
-    ASSERT_GT(doc.GetChunkCount(), 4);
-    for (const std::u16string pat : {u"ab", u"aBa", u"b\r\na", u"bbb"}) {
-      for (int matchCase = 0; matchCase <= 1; ++matchCase) {
-        SCOPED_TRACE(round);
-        EXPECT_EQ(Collect(doc, 0, 0, pat, 1, matchCase), ModelAll(text, pat, matchCase, true));
-        EXPECT_EQ(Collect(doc, doc.GetLinesInDoc(), 1 << 20, pat, 0, matchCase), ModelAll(text, pat, matchCase, false));
-        // Find-next from a few positions: the first match at or behind, the last one ending at or before.
-        for (int t = 0; t < 5; ++t) {
-          const int64_t at = rng() % (text.size() + 1);
-          int64_t col = 0;
-          const Line l = doc.LineFromIndex(at, &col);
-          const int64_t from = doc.LineStart(l) + col;  // inside a CR LF pair the line's end
-          int64_t want = -1;
-          for (size_t i = from; i < text.size() && want < 0; ++i)
-            if (SameAt(text, i, pat, matchCase)) want = static_cast<int64_t>(i);
-          EXPECT_EQ(Find(doc, l, col, {pat}, 1, matchCase).index, want);
-          want = -1;
-          for (int64_t e = from; e >= static_cast<int64_t>(pat.size()) && want < 0; --e)
-            if (SameAt(text, static_cast<size_t>(e) - pat.size(), pat, matchCase)) want = e - static_cast<int64_t>(pat.size());
-          EXPECT_EQ(Find(doc, l, col, {pat}, 0, matchCase).index, want);
-        }
-      }
-    }
-  }
-}
-
 TEST(EditFind, CaseAndAlternativesAtOnePosition) {
   KwEditBase doc;
-  Fill(doc, u"xx Äpfel und äpfel\r\nabcdef abc\r\n", 4);
+  FillDoc(doc, u"xx Äpfel und äpfel\r\nabcdef abc\r\n", 4);
   Found f = Find(doc, 0, 0, {u"äPFEL"}, 1, 0);
   EXPECT_EQ(f.index, 3);
   f = Find(doc, 0, 0, {u"äpfel"}, 1, 1);
@@ -159,7 +86,7 @@ TEST(EditFind, LineSearchFindsMatchesAcrossSliceBorders) {
   line.replace(bwdBorder - 3, 5, u"NEEDL");
   line.replace(150000, 5, u"NEEDL");
   KwEditBase doc;
-  Fill(doc, u"first\r\n" + line + u"\r\nlast NEEDL", 4000);
+  FillDoc(doc, u"first\r\n" + line + u"\r\nlast NEEDL", 4000);
   doc.SetLineMark(1, 1);
   const int64_t base = doc.LineStart(1);
   std::vector<int64_t> want = {base + fwdBorder - 2, base + bwdBorder - 3, base + 150000};
@@ -176,7 +103,7 @@ TEST(EditFind, LineSearchFindsMatchesAcrossSliceBorders) {
 
 TEST(EditFind, WildcardsStopAtTheEndOfTheLine) {
   KwEditBase doc;
-  Fill(doc, u"xa\r\nbc\r\naxxbyyb\r\nq", 3);
+  FillDoc(doc, u"xa\r\nbc\r\naxxbyyb\r\nq", 3);
   Found f = Find(doc, 0, 0, {u"a?"}, 1, 1, 0, 0, 1);
   EXPECT_EQ(f.index, doc.LineStart(2));  // not "a" + the end of line of line 0
   EXPECT_EQ(f.length, 2);
@@ -186,11 +113,11 @@ TEST(EditFind, WildcardsStopAtTheEndOfTheLine) {
   f = Find(doc, 0, 0, {u"x*c"}, 1, 1, 0, 0, 1);  // "c" only in the next line
   EXPECT_EQ(f.result, -1);
   // With LF as end of line a CR is text of the line, but "?" still does not take it.
-  Fill(doc, u"a\rb\na-b\n", 5, 10);
+  FillDoc(doc, u"a\rb\na-b\n", 5, 10);
   f = Find(doc, 0, 0, {u"a?b"}, 1, 1, 0, 0, 1);
   EXPECT_EQ(f.index, 4);
   // "?" and "*" are plain units without the wildcard flag.
-  Fill(doc, u"a?b axb", 5);
+  FillDoc(doc, u"a?b axb", 5);
   EXPECT_EQ(Find(doc, 0, 0, {u"a?b"}, 1, 1).index, 0);
   EXPECT_EQ(Find(doc, 0, 1, {u"a?b"}, 1, 1, 0, 0, 1).index, 4);
 }
@@ -219,7 +146,7 @@ TEST(EditFind, FindJokerPieces) {
 
 TEST(EditFind, MarkedLinesAndLineRestrictions) {
   KwEditBase doc;
-  Fill(doc, u"key 0\r\nkey 1\r\nkey 2\r\nkey 3\r\n", 5);
+  FillDoc(doc, u"key 0\r\nkey 1\r\nkey 2\r\nkey 3\r\n", 5);
   doc.SetLineMark(1, 1);
   doc.SetLineMark(3, 1);
   EXPECT_EQ(Collect(doc, 0, 0, u"KEY", 1, 0, 1), (std::vector<int64_t>{doc.LineStart(1), doc.LineStart(3)}));
@@ -233,7 +160,7 @@ TEST(EditFind, MarkedLinesAndLineRestrictions) {
 TEST(EditFind, FixSelectionOfBothKinds) {
   kwtest::AssertionRecorder asserts;
   KwEditBase doc;
-  Fill(doc, u"abc abc\r\nabc abc\r\nabc abc\r\n", 4);
+  FillDoc(doc, u"abc abc\r\nabc abc\r\nabc abc\r\n", 4);
   // Stream kind from (0, 5) to (1, 5): "abc" at (0,4) starts before it, (1,0) lies inside, (1,4) ends
   // behind it.
   doc.SetStickSelection(1, 0, 5, 1, 5);
@@ -266,7 +193,7 @@ class EditFindBoxes : public kwtest::PlatformTest {};
 
 TEST_F(EditFindBoxes, TooLongTextIsRefusedWithAMessageWhenInteractive) {
   KwEditBase doc;
-  Fill(doc, u"abc\r\nabc", 100);
+  FillDoc(doc, u"abc\r\nabc", 100);
   doc.SetLineMark(1, 1);
   const std::u16string longText(KwEditBase::kFindSlice, u'a');
   EXPECT_EQ(Find(doc, 0, 0, {u"abc", longText}, 1, 1, 0, 1).result, -1);
@@ -285,7 +212,7 @@ TEST_F(EditFindBoxes, TooLongTextIsRefusedWithAMessageWhenInteractive) {
 TEST(EditFind, BracketPartners) {
   KwEditBase doc;
   // Indexes: line 0 "f(a[1], (b)" 0-10, line 1 "  {x(]}) <y>" 13-24, line 2 ")" 27, line 3 "[z" 30.
-  Fill(doc, u"f(a[1], (b)\r\n  {x(]}) <y>\r\n)\r\n[z", 4);
+  FillDoc(doc, u"f(a[1], (b)\r\n  {x(]}) <y>\r\n)\r\n[z", 4);
   struct Row {
     Line line;
     int64_t column;

