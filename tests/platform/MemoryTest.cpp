@@ -60,7 +60,7 @@ int Churn(const std::vector<size_t>& sizes, int rounds, unsigned seed) {
 // The usual chunk (64256 units), the class limits on both sides, and sizes that never use the regions.
 const std::vector<size_t> kSizes = {
     64256 * 2, kw::kTextSlotBytes, kw::kTextSlotBytes + 1, kw::kTextSlotBytes / 4,
-    kw::kTextSlotBytes / 4 - 1, 100, 128256 * 2};
+    kw::kTextSlotBytes / 4 - 1, 100, 128256 * 2, 2 * kw::kTextSlotBytes, 2 * kw::kTextSlotBytes + 1};
 
 TEST(TextBufferPool, BuffersOfEverySizeStayApartAndKeepTheirContents) {
   // Enough rounds to fill and empty many regions of 16 slots.
@@ -95,6 +95,26 @@ TEST(TextBufferPool, PrefaultKeepsTheContents) {
   EXPECT_FALSE(kw::PrefaultForWriting(nullptr, 1 << 20));
   EXPECT_FALSE(kw::PrefaultForWriting(b.p, 10));  // less than a page
   kw::FreeTextBuffer(b.p);
+}
+
+// Vectors on large blocks keep their contents while they grow past the size that maps blocks of
+// their own, and give them back.
+TEST(LargeBlocks, VectorsGrowAcrossTheMappingSize) {
+  std::vector<int64_t, kw::LargeBlockAllocator<int64_t>> v;
+  for (int64_t i = 0; i < 400000; ++i) v.push_back(i * 7);  // 3.2 MB, through several blocks
+  bool intact = true;
+  for (int64_t i = 0; i < 400000; ++i) intact = intact && v[static_cast<size_t>(i)] == i * 7;
+  EXPECT_TRUE(intact);
+  v.clear();
+  v.shrink_to_fit();
+  for (size_t bytes : {size_t{16}, size_t{1} << 20, (size_t{5} << 20) + 3}) {
+    auto* p = static_cast<unsigned char*>(kw::AllocateLargeBlock(bytes));
+    ASSERT_NE(p, nullptr);
+    std::memset(p, 0xA5, bytes);
+    EXPECT_EQ(p[bytes - 1], 0xA5);
+    kw::FreeLargeBlock(p, bytes);
+  }
+  kw::FreeLargeBlock(nullptr, 10);  // allowed, does nothing
 }
 
 }  // namespace
