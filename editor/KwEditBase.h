@@ -24,6 +24,7 @@
 
 #include "editor/KwEditArea.h"
 #include "platform/KwProgress.h"
+#include "platform/Memory.h"
 
 namespace kw {
 
@@ -413,7 +414,8 @@ class KwEditBase {
   static constexpr int64_t kFindSlice = 64000; // units of a line compared at once; longer texts are refused
   // Replaces every match of `findText` in lines line1..line2 by `replaceText`, left to right without
   // overlap (replaced text is not searched again), as one undoable step (record type 3). Returns the
-  // number of replacements, -1 for wrong arguments or a refused search, -2 out of memory.
+  // number of replacements, -1 for wrong arguments or a refused search, -2 out of memory, -3 when the
+  // step was cancelled at the question whether it is recorded (see ReplaceRanges).
   int64_t ReplaceAll(Line line1, Line line2, const std::u16string& findText, const std::u16string& replaceText,
                      int options);
   // The same with a table of `count` pairs: `texts` holds find text 1, replacement 1, find text 2, ...
@@ -426,8 +428,10 @@ class KwEditBase {
   // their texts must not point into the document. Each chunk is rebuilt once for all the replacements
   // inside it, so a task that changes every line of a large text costs one pass, not a shift of the
   // text behind each line. Line marks and the other line tables follow the text as with SelReplace.
+  // More splices than the undo memory's group size ask first whether the step is recorded (see
+  // KwUndoMemory::StartGroup); a step that goes on unrecorded builds no record.
   // Returns the number of splices made, 0 for none, -1 for unsorted or out-of-range splices
-  // (assertion, nothing changed), -2 out of memory.
+  // (assertion, nothing changed), -2 out of memory, -3 cancelled at that question (nothing changed).
   int64_t ReplaceRanges(const KwTextSplice* splices, int64_t count, int recordUndo);
 
  private:
@@ -450,7 +454,7 @@ class KwEditBase {
   using Splice = KwTextSplice;
   // Saves `count` splices (texts outside the document) in a type-3 record and applies them.
   int64_t ApplyAndRecord(const Splice* splices, int64_t count);
-  void ApplySplices(const std::vector<Splice>& splices);
+  void ApplySplices(const Splice* splices, int64_t count);
   // A splice that adds or removes lines, in the line numbers before the step: `removed` lines from
   // `from` on go with their marks and other line entries, `inserted` new ones come in their place.
   struct LineShift {
@@ -459,8 +463,12 @@ class KwEditBase {
     int64_t removed;
     int64_t inserted;
   };
+  // One per splice that changes lines: millions for a task that deletes lines all over a large text.
+  using LineShifts = std::vector<LineShift, LargeBlockAllocator<LineShift>>;
+  // Raises the longest line by the first and last lines of the given chunks (sorted here).
+  void MeasureEdges(std::vector<const tagTEXTDESC*>& edges);
   // Moves the line marks, bookmarks and syntax flags for ascending shifts in one pass.
-  void MoveLineTables(const std::vector<LineShift>& shifts);
+  void MoveLineTables(const LineShifts& shifts);
   int64_t UndoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
   int64_t RedoReplaceAll(tagUNDORECORD& record, Line line, KwProgress* progress);
 

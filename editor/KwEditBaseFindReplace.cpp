@@ -20,6 +20,7 @@
 #include "base/Assert.h"
 #include "editor/KwEditBase.h"
 #include "editor/KwEditBaseFindScan.h"
+#include "editor/KwEditBaseScan.h"
 #include "editor/KwEditUndo.h"
 
 namespace kw {
@@ -73,6 +74,67 @@ class ForwardReader {
   const tagTEXTDESC* m_Chunk;
   Index m_Start = 0;  // index of m_Chunk->text[0]
 };
+
+// Counts the end-of-line units before ascending indexes, walking the chunks forwards (whole chunks by
+// their counts), and reads single units near the last index asked: the line numbers of many splices
+// in one pass instead of a line lookup for each.
+class EOLCounter {
+ public:
+  EOLCounter(const tagTEXTDESC* head, char16_t eol) : m_Chunk(head), m_EOL(eol) {}
+  // End-of-line units in [0, at); `at` must not decrease from call to call.
+  int64_t Before(Index at) {
+    while (m_Chunk->next && m_Start + static_cast<int64_t>(m_Chunk->used) <= at) {
+      m_Count += m_Chunk->eols;
+      m_Start += m_Chunk->used;
+      m_Chunk = m_Chunk->next;
+      m_Offset = 0;
+      m_InChunk = 0;
+    }
+    const int64_t offset = std::min<int64_t>(at - m_Start, m_Chunk->used);
+    m_InChunk += scan::Count(m_Chunk->text + m_Offset, offset - m_Offset, m_EOL);
+    m_Offset = offset;
+    return m_Count + m_InChunk;
+  }
+  // The unit at `at`; 0 outside the text.
+  char16_t UnitAt(Index at) const {
+    const tagTEXTDESC* c = m_Chunk;
+    Index start = m_Start;
+    while (at < start && c->prev) {
+      c = c->prev;
+      start -= c->used;
+    }
+    while (at >= start + static_cast<int64_t>(c->used) && c->next) {
+      start += c->used;
+      c = c->next;
+    }
+    return at >= start && at < start + static_cast<int64_t>(c->used) ? c->text[at - start] : 0;
+  }
+
+ private:
+  const tagTEXTDESC* m_Chunk;
+  char16_t m_EOL;
+  Index m_Start = 0;      // index of m_Chunk->text[0]
+  int64_t m_Count = 0;    // end-of-line units before m_Chunk
+  int64_t m_Offset = 0;   // counted in m_Chunk up to here
+  int64_t m_InChunk = 0;  // end-of-line units in m_Chunk->text[0, m_Offset)
+};
+
+// The length of the longest line that lies wholly in text[0, n) (from behind one end of line to the
+// next one), and the end-of-line units of the text into `*eols`.
+int64_t LongestInside(const char16_t* text, int64_t n, char16_t eol, int64_t* eols) {
+  int64_t longest = 0, count = 0;
+  int64_t p = scan::Find(text, n, eol);
+  while (p < n) {
+    ++count;
+    int64_t start = p + 1;
+    if (eol == kCR && start < n && text[start] == kLF) ++start;
+    const int64_t q = start + scan::Find(text + start, n - start, eol);
+    if (q < n) longest = std::max(longest, q - start);
+    p = q;
+  }
+  *eols = count;
+  return longest;
+}
 
 }  // namespace
 
@@ -176,7 +238,7 @@ int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, in
   if (!ok) return -1;
   if (count == 0) return 0;
   if (recordUndo == 0) {
-    ApplySplices(std::vector<Splice>(splices, splices + count));
+    ApplySplices(splices, count);
     return count;
   }
   return ApplyAndRecord(splices, count);
@@ -184,6 +246,17 @@ int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, in
 
 int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
   if (n == 0) return 0;
+  // One group for the step: an operation of more replacements than the undo memory's group size asks
+  // whether it is recorded at all. Without recording no record is built: nobody could use it.
+  if (m_Undo->StartGroup(n, 0) == 0) return -3;
+  struct CloseAtEnd {
+    KwEditUndo* undo;
+    ~CloseAtEnd() { undo->CloseGroup(); }
+  } close{m_Undo.get()};
+  if (m_Undo->GetException() != 0) {
+    ApplySplices(in, n);
+    return n;
+  }
   // The record's block: entries, the replaced texts as they stand, the replacements.
   int64_t oldUnits = 0, newUnits = 0;
   for (int64_t i = 0; i < n; ++i) {
@@ -202,8 +275,6 @@ int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
   int64_t* entries = head + 3;
   auto* oldText = reinterpret_cast<char16_t*>(entries + 3 * n);
   char16_t* newText = oldText + oldUnits;
-  std::vector<Splice> splices;
-  splices.reserve(static_cast<size_t>(n));
   int64_t delta = 0;
   {
     ForwardReader reader(m_Head);
@@ -216,20 +287,26 @@ int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
       entries[3 * i + 2] = s.length;
       reader.Read(s.at, o, s.removed);
       if (s.length) std::memcpy(w, s.text, static_cast<size_t>(s.length) * sizeof(char16_t));
-      splices.push_back({s.at, s.removed, w, s.length});
       o += s.removed;
       w += s.length;
       delta += s.length - s.removed;
     }
   }
-  ApplySplices(splices);
+  // The record's own copy of the new texts is applied: the caller's texts may be gone at redo anyway.
+  std::vector<Splice, LargeBlockAllocator<Splice>> splices(static_cast<size_t>(n));
+  const char16_t* w = newText;
+  for (int64_t i = 0; i < n; ++i) {
+    splices[static_cast<size_t>(i)] = {in[i].at, in[i].removed, w, in[i].length};
+    w += in[i].length;
+  }
+  ApplySplices(splices.data(), n);
   // The memory owns the block from here on (also when it does not keep the record).
   m_Undo->SaveRecord(static_cast<uint64_t>(first), oldEnd - first, oldEnd - first + delta, head,
                      KwEditUndo::kReplaceAll);
   return n;
 }
 
-void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
+void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   const char16_t eol = m_EOLText[0];
   // A text without end-of-line units (nor LF, which pairs with a CR) leaves the lines as they are.
   auto plain = [&](const char16_t* p, int64_t n) {
@@ -238,25 +315,34 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
     return true;
   };
   // Splices that add or remove lines, in the numbers of the text before the step: the line tables
-  // are moved for all of them at once at the end, instead of once per splice.
-  std::vector<LineShift> shifts;
+  // are moved for all of them at once at the end, instead of once per splice. The lines are counted
+  // forwards along the splices, not looked up for each.
+  LineShifts shifts;
   {
-    ForwardReader reader(m_Head);
-    std::u16string removed;
-    for (const Splice& s : splices) {
+    EOLCounter counter(m_Head, eol);
+    for (int64_t k = 0; k < count; ++k) {
+      const Splice& s = splices[k];
       const int64_t inserted = CountEOLs(s.text, s.length);
-      removed.resize(static_cast<size_t>(s.removed));
-      if (s.removed > 0) reader.Read(s.at, removed.data(), s.removed);
-      const int64_t gone = CountEOLs(removed.data(), s.removed);
+      const int64_t before = counter.Before(s.at);
+      const int64_t gone = s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
       if (inserted == 0 && gone == 0) continue;
-      const Line startLine = LineFromIndex(s.at, nullptr);
-      const Line moveFrom = LineStart(startLine) == s.at ? startLine : startLine + 1;
-      shifts.push_back({startLine, moveFrom, gone, inserted});
+      // An index on the LF of a CR LF pair belongs to the line that the pair ends.
+      const bool onLF = eol == kCR && counter.UnitAt(s.at) == kLF && counter.UnitAt(s.at - 1) == kCR;
+      const Line startLine = before - (onLF ? 1 : 0);
+      const char16_t prev = counter.UnitAt(s.at - 1);
+      const bool lineStart = s.at == 0 || (!onLF && (prev == eol || (eol == kCR && prev == kLF &&
+                                                                       counter.UnitAt(s.at - 2) == kCR)));
+      shifts.push_back({startLine, lineStart ? startLine : startLine + 1, gone, inserted});
     }
   }
   const bool lineChanges = !shifts.empty();
   m_KeepLineTables = lineChanges;
   bool formFeeds = false;
+  // Chunks whose first and last lines are measured at the end, for the longest line; the lines wholly
+  // inside a rebuilt chunk are measured while it is rebuilt.
+  std::vector<const tagTEXTDESC*> edges;
+  // Splices made one by one (they cross a chunk border): their lines are looked up at the end.
+  std::vector<int64_t> single;
   // A rebuilt chunk moves or changes the cached line; the cache is renewed before the next lookup.
   bool dirty = false;
   auto settle = [&] {
@@ -265,7 +351,7 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
   };
   tagTEXTDESC* c = nullptr;
   Index cs = 0;
-  size_t i = splices.size();
+  auto i = static_cast<size_t>(count);
   while (i > 0) {
     const Splice& s = splices[i - 1];
     if (c == nullptr) {
@@ -286,6 +372,7 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
     if (!inChunk(s)) {
       settle();
       ReplaceText(s.at, s.removed, s.text, s.length);
+      single.push_back(static_cast<int64_t>(i - 1));
       c = nullptr;
       --i;
       continue;
@@ -296,9 +383,11 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
     const auto used = static_cast<int64_t>(c->used);
     int64_t delta = 0;
     bool sameLengths = true;  // every splice overwrites as many units as it removes: no shifting
+    bool grew = false;
     for (size_t k = j; k < i; ++k) {
       delta += splices[k].length - splices[k].removed;
       sameLengths = sameLengths && splices[k].length == splices[k].removed;
+      grew = grew || splices[k].length > splices[k].removed;
       if (!formFeeds)
         formFeeds = std::char_traits<char16_t>::find(splices[k].text, static_cast<size_t>(splices[k].length),
                                                      kFormFeed) != nullptr ||
@@ -313,6 +402,9 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
           std::memcpy(c->text + (splices[k].at - cs), splices[k].text,
                       static_cast<size_t>(splices[k].length) * sizeof(char16_t));
     } else if (newUsed == 0 && (c->prev || c->next)) {
+      // The lines on both sides of the chunk meet now.
+      if (c->prev) edges.push_back(c->prev);
+      if (c->next) edges.push_back(c->next);
       m_LinesInDoc -= c->eols;
       RemoveElement(c);
       m_TotalChars += delta;
@@ -324,8 +416,10 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
       if (fresh == nullptr) {
         // Out of memory for the new buffer: one replacement at a time, as far as memory goes.
         settle();
-        for (size_t k = i; k > j; --k) ReplaceText(splices[k - 1].at, splices[k - 1].removed, splices[k - 1].text,
-                                                   splices[k - 1].length);
+        for (size_t k = i; k > j; --k) {
+          ReplaceText(splices[k - 1].at, splices[k - 1].removed, splices[k - 1].text, splices[k - 1].length);
+          single.push_back(static_cast<int64_t>(k - 1));
+        }
         c = nullptr;
         i = j;
         continue;
@@ -350,10 +444,15 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
       delete fresh;
       m_TotalChars += delta;
     }
-    if (lineChanges) {
-      const int64_t eols = CountEOLs(c->text, c->used);
-      m_LinesInDoc += eols - c->eols;
-      c->eols = eols;
+    // The lines wholly inside the chunk are measured (and counted) now; its first and last at the end.
+    if (lineChanges || grew) {
+      int64_t eols = 0;
+      m_LongestLine = std::max(m_LongestLine, LongestInside(c->text, c->used, eol, &eols));
+      if (lineChanges) {
+        m_LinesInDoc += eols - c->eols;
+        c->eols = eols;
+      }
+      edges.push_back(c);
     }
     i = j;
   }
@@ -361,22 +460,43 @@ void KwEditBase::ApplySplices(const std::vector<Splice>& splices) {
   ResetCache();
   if (lineChanges) MoveLineTables(shifts);
   if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
-  // Lines that grew may now be the longest.
-  int64_t shift = 0;
-  Line lastLine = -1;
-  for (const Splice& s : splices) {
-    // With line changes a removed end of line may also have joined two lines.
-    if (s.length > s.removed || lineChanges) {
-      const Line l = LineFromIndex(s.at + shift, nullptr);
-      const Line end = lineChanges ? LineFromIndex(s.at + shift + s.length, nullptr) : l;
-      for (Line k = std::max(l, lastLine + 1); k <= end; ++k) m_LongestLine = std::max(m_LongestLine, LineLength(k, 0));
-      lastLine = std::max(lastLine, end);
+  MeasureEdges(edges);
+  // The lines of the splices made one by one may have grown.
+  if (!single.empty()) {
+    std::sort(single.begin(), single.end());
+    int64_t shift = 0;
+    size_t next = 0;
+    Line lastLine = -1;
+    for (int64_t k = 0; k < count && next < single.size(); ++k) {
+      const Splice& s = splices[k];
+      if (k == single[next]) {
+        ++next;
+        const Line l = LineFromIndex(s.at + shift, nullptr);
+        const Line end = LineFromIndex(s.at + shift + s.length, nullptr);
+        for (Line n = std::max(l, lastLine + 1); n <= end; ++n) m_LongestLine = std::max(m_LongestLine, LineLength(n, 0));
+        lastLine = std::max(lastLine, end);
+      }
+      shift += s.length - s.removed;
     }
-    shift += s.length - s.removed;
   }
 }
 
-void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
+void KwEditBase::MeasureEdges(std::vector<const tagTEXTDESC*>& edges) {
+  if (edges.empty()) return;
+  std::sort(edges.begin(), edges.end());
+  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+  Index cs = 0;
+  Line cl = 0;  // ends of line before the chunk
+  for (const tagTEXTDESC* c = m_Head; c != nullptr; cs += c->used, cl += c->eols, c = c->next) {
+    if (c->used == 0 || !std::binary_search(edges.begin(), edges.end(), c)) continue;
+    const Line first = cl;  // behind an LF that ends a CR LF pair of the chunk before: the next line
+    const Line last = LineFromIndex(cs + c->used - 1, nullptr);
+    m_LongestLine = std::max(m_LongestLine, LineLength(first, 0));
+    if (last != first) m_LongestLine = std::max(m_LongestLine, LineLength(last, 0));
+  }
+}
+
+void KwEditBase::MoveLineTables(const LineShifts& shifts) {
   // The tables end as if ReplaceText had moved them splice by splice from the last to the first:
   // each splice removes the entries of its `removed` lines from `from` on and moves the later ones
   // by inserted - removed. Followed backwards from the last splice at or before it, a line either
@@ -387,7 +507,7 @@ void KwEditBase::MoveLineTables(const std::vector<LineShift>& shifts) {
   //   splice k-1's removed lines and splice k's first line (never below -1),
   // and the line is lost when the excess becomes negative.
   const size_t n = shifts.size();
-  std::vector<int64_t> sumC(n), maxSumC(n), sumDelta(n);
+  std::vector<int64_t, LargeBlockAllocator<int64_t>> sumC(n), maxSumC(n), sumDelta(n);
   for (size_t k = 0; k < n; ++k) {
     const int64_t c = k == 0 ? 0
                              : shifts[k].inserted + shifts[k].from - shifts[k - 1].from - shifts[k - 1].removed;
@@ -457,7 +577,7 @@ int64_t KwEditBase::UndoReplaceAll(tagUNDORECORD& record, Line /*line*/, KwProgr
     o += oldLen;
     shift += newLen - oldLen;
   }
-  ApplySplices(splices);
+  ApplySplices(splices.data(), static_cast<int64_t>(splices.size()));
   return first;
 }
 
@@ -475,7 +595,7 @@ int64_t KwEditBase::RedoReplaceAll(tagUNDORECORD& record, Line /*line*/, KwProgr
     splices.push_back({first + off, oldLen, w, newLen});
     w += newLen;
   }
-  ApplySplices(splices);
+  ApplySplices(splices.data(), static_cast<int64_t>(splices.size()));
   return first;
 }
 

@@ -27,6 +27,10 @@ int64_t KwEditUndo::RecordResult(const tagUNDORECORD& record) {
   return static_cast<int64_t>(static_cast<int32_t>(static_cast<uint32_t>(record.position & 0xFFFFFFFFu)));
 }
 
+int KwEditUndo::ConfirmStart() {
+  return m_ConfirmAnswer == 1 || m_ConfirmAnswer == 2 ? m_ConfirmAnswer : KwUndoMemory::ConfirmStart();
+}
+
 int64_t KwEditUndo::UndoRecord(tagUNDORECORD& record, KwProgress* progress) {
   return Apply(record, progress, false);
 }

@@ -42,14 +42,22 @@ class KwEditUndo : public KwUndoMemory {
   // purpose: callers have always received it in this form.
   static int64_t RecordResult(const tagUNDORECORD& record);
 
+  // How the question whether a large operation is recorded (ConfirmStart) is answered: 0 asks the user
+  // as usual; 1 records and 2 goes on without recording, both without a question. A batch program that
+  // never undoes answers 2: its large edits then skip building records nobody will use.
+  void SetConfirmAnswer(int answer) { m_ConfirmAnswer = answer; }
+  int GetConfirmAnswer() const { return m_ConfirmAnswer; }
+
  protected:
   int64_t UndoRecord(tagUNDORECORD& record, KwProgress* progress) override;
   int64_t RedoRecord(tagUNDORECORD& record, KwProgress* progress) override;
   void FreeRecord(tagUNDORECORD& record) override;
+  int ConfirmStart() override;
 
  private:
   int64_t Apply(tagUNDORECORD& record, KwProgress* progress, bool redo);
   KwEditBase* m_pDoc;
+  int m_ConfirmAnswer = 0;
 };
 
 }  // namespace kw

@@ -11,6 +11,7 @@
 #include "editor/KwEditBase.h"
 #include "editor/KwLineWalker.h"
 #include "platform/KwProgress.h"
+#include "platform/Memory.h"
 #include "terms/KwTerm.h"
 
 namespace kw {
@@ -94,9 +95,12 @@ class SpliceList {
 
  private:
   // The splices' texts are set from the offsets when they are applied: the texts move while they grow.
-  std::vector<KwTextSplice> m_Entries;
-  std::vector<size_t> m_Offsets;
-  std::u16string m_Units;  // the texts, one after the other
+  // A task over millions of lines collects hundreds of megabytes here: large blocks.
+  template <class T>
+  using LargeVector = std::vector<T, LargeBlockAllocator<T>>;
+  LargeVector<KwTextSplice> m_Entries;
+  LargeVector<size_t> m_Offsets;
+  std::basic_string<char16_t, std::char_traits<char16_t>, LargeBlockAllocator<char16_t>> m_Units;  // the texts
 };
 
 // The inputs of a term on one line: the five caller values, and for a term that names other lines

@@ -149,6 +149,7 @@ TEST(EditReplace, ManyReplacementsInLargeDocument) {
   KwEditBase doc;
   Fill(doc, text, KwEditBase::kChunkUnits);
   doc.SetLineMark(12345, 1);
+  doc.GetUndo()->SetConfirmAnswer(1);  // 40000 replacements: recorded without a question
   EXPECT_EQ(doc.ReplaceAll(0, doc.GetLinesInDoc(), u"beta", u"BETA-2", KwEditBase::kFindMatchCase), 40000);
   const std::u16string want = kw::StrReplace(text, u"beta", u"BETA-2", 1);
   EXPECT_EQ(doc.GetAllText(), want);

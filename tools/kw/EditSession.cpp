@@ -9,6 +9,7 @@
 
 #include "base/CodePages.h"
 #include "base/FileOps.h"
+#include "editor/KwEditUndo.h"
 #include "platform/Platform.h"
 
 namespace kwtool {
@@ -99,6 +100,8 @@ EditSession::EditSession(const char* command) : command_(command) {
   kw::SetPlatform(&platform_);
   document_.SetInteractive(0);  // a batch run asks no questions: a refused save is an error
   document_.DetectDocChange(1);
+  // Nothing is undone in a batch run: a large step goes on without building its undo record.
+  document_.GetUndo()->SetConfirmAnswer(2);
   view_ = std::make_unique<ToolView>(&document_);
 }
 
