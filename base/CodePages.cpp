@@ -58,7 +58,6 @@ const SingleByte& Page(Kind kind) {
 }
 
 constexpr uint64_t kHighBits8 = 0x8080808080808080ULL;
-constexpr uint64_t kNonAscii4 = 0xFF80FF80FF80FF80ULL;  // four UTF-16 units above 0x7F
 
 // ASCII runs are widened a block at a time: sixteen bytes with SSE2 (every x86-64 has it), eight with
 // plain 64-bit words elsewhere. WidenBlock writes kWide units at d, whatever the bytes are, and returns
@@ -94,6 +93,55 @@ inline int WidenBlock(const unsigned char* s, char16_t* d) {
   return k;
 }
 #endif
+
+struct ByteSink {
+  char* d;
+  int64_t cap;
+  int64_t o = 0;
+  bool Room(int64_t k) const { return d == nullptr || cap - o >= k; }
+  void Put(unsigned char b) {
+    if (d) d[o] = static_cast<char>(b);
+    ++o;
+  }
+};
+
+// The other way: NarrowBlock writes kWide units at s as bytes at d, whatever the units are, and returns
+// the number of ASCII units before the first other one; the caller keeps the bytes of those.
+#if defined(__SSE2__)
+inline int NarrowBlock(const char16_t* s, char* d) {
+  const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8));
+  const __m128i above = _mm_set1_epi16(static_cast<short>(0xFF80));
+  const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(a, b));
+  // One bit per unit: set when none of its bits above 0x7F is.
+  const __m128i asciiA = _mm_cmpeq_epi16(_mm_and_si128(a, above), zero);
+  const __m128i asciiB = _mm_cmpeq_epi16(_mm_and_si128(b, above), zero);
+  const auto ascii = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(asciiA, asciiB)));
+  return ascii == 0xFFFF ? kWide : std::countr_zero(~ascii);
+}
+#else
+inline int NarrowBlock(const char16_t* s, char* d) {
+  char16_t units[8];
+  std::memcpy(units, s, sizeof units);
+  for (int k = 0; k < 8; ++k) d[k] = static_cast<char>(units[k]);
+  for (int k = 0; k < 8; ++k)
+    if (units[k] >= 0x80) return k;
+  return 8;
+}
+#endif
+
+// Narrows the ASCII run at s[i] into the sink a block at a time while both have room for a block;
+// stops at the first other unit (or near the end), which the caller takes one by one.
+inline void NarrowAscii(const char16_t* s, int64_t n, int64_t& i, ByteSink& out) {
+  if (out.d == nullptr) return;
+  while (n - i >= kWide && out.cap - out.o >= kWide) {
+    const int k = NarrowBlock(s + i, out.d + out.o);
+    i += k;
+    out.o += k;
+    if (k < kWide) return;
+  }
+}
 
 inline bool IsHigh(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 inline bool IsLow(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
@@ -236,24 +284,17 @@ uint32_t DecodeUtf16(bool bigEndian, const unsigned char* s, int64_t n, char16_t
 }
 
 // Writes one byte when there is room (or only counts when d is null).
-struct ByteSink {
-  char* d;
-  int64_t cap;
-  int64_t o = 0;
-  bool Room(int64_t k) const { return d == nullptr || cap - o >= k; }
-  void Put(unsigned char b) {
-    if (d) d[o] = static_cast<char>(b);
-    ++o;
-  }
-};
-
 uint32_t EncodeSingle(Kind kind, const char16_t* s, int64_t n, ByteSink& out, unsigned long flags,
                       const char* defaultChar, int* usedDefault, bool final, int64_t* srcUsed) {
+  // Both pages keep ASCII as it is: runs of it are narrowed a block at a time, and each other unit
+  // goes through the table before the next block is tried.
   const SingleByte& page = Page(kind);
   const unsigned char def = defaultChar ? static_cast<unsigned char>(defaultChar[0]) : '#';
   int64_t i = 0;
   uint32_t result = kErrorSuccess;
   for (; i < n; ++i) {
+    NarrowAscii(s, n, i, out);
+    if (i >= n) break;
     if (!out.Room(1)) { result = kErrorInsufficientBuffer; break; }
     const char16_t c = s[i];
     unsigned char b;
@@ -284,26 +325,8 @@ uint32_t EncodeUtf8(const char16_t* s, int64_t n, ByteSink& out, unsigned long f
   uint32_t result = kErrorSuccess;
   const bool strict = (flags & kErrInvalidChars) != 0;
   while (i < n) {
-    // ASCII fast path: four units at a time; of the four that end the run, the ASCII ones before
-    // the first other unit are taken at once.
-    if (out.d) {
-      while (n - i >= 4 && out.cap - out.o >= 4) {
-        uint64_t w;
-        std::memcpy(&w, s + i, 8);
-        for (int k = 0; k < 4; ++k) out.d[out.o + k] = static_cast<char>(s[i + k]);
-        if ((w & kNonAscii4) == 0) {
-          i += 4;
-          out.o += 4;
-          continue;
-        }
-        int ascii = 0;
-        while (s[i + ascii] < 0x80) ++ascii;
-        i += ascii;
-        out.o += ascii;
-        break;
-      }
-      if (i >= n) break;
-    }
+    NarrowAscii(s, n, i, out);
+    if (i >= n) break;
     const char16_t c = s[i];
     if (c < 0x80) {
       if (!out.Room(1)) { result = kErrorInsufficientBuffer; break; }

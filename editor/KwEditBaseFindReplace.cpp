@@ -388,11 +388,13 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       delta += splices[k].length - splices[k].removed;
       sameLengths = sameLengths && splices[k].length == splices[k].removed;
       grew = grew || splices[k].length > splices[k].removed;
+      // A text without form-feed lines has no form feed to remove.
       if (!formFeeds)
         formFeeds = std::char_traits<char16_t>::find(splices[k].text, static_cast<size_t>(splices[k].length),
                                                      kFormFeed) != nullptr ||
-                    std::char_traits<char16_t>::find(c->text + (splices[k].at - cs),
-                                                     static_cast<size_t>(splices[k].removed), kFormFeed) != nullptr;
+                    (!m_FFTable.empty() && std::char_traits<char16_t>::find(c->text + (splices[k].at - cs),
+                                                                            static_cast<size_t>(splices[k].removed),
+                                                                            kFormFeed) != nullptr);
     }
     const int64_t newUsed = used + delta;
     dirty = true;
