@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "base/Assert.h"
+#include "base/CodePages.h"
+#include "base/KwFolders.h"
 #include "platform/ScriptedPlatform.h"
 
 namespace kwtest {
@@ -54,11 +56,38 @@ class PlatformTest : public ::testing::Test {
   KwRun RunKw(const std::string& args, bool mergeErr = false) const;
   static std::string Sample(const std::string& name);  // the path of samples/NAME
   static std::string Quote(const std::string& text);   // single-quoted for the shell
+  // Whether the library wrote this line (a trace line or an assertion) to the debug output.
+  bool Traced(const std::u16string& line) const {
+    for (const auto& written : platform_.debugOutput)
+      if (written == line + u"\n") return true;
+    return false;
+  }
 
   kw::ScriptedPlatform platform_;
   kw::ScopedPlatform scope_{platform_};
   AssertionRecorder asserts_;
   std::filesystem::path dir_;
+};
+
+// Points the user and project folders at test folders, and makes `current` the current folder (where
+// trace files go), while it lives; then puts back the folders as they were.
+class ScopedFolders {
+ public:
+  ScopedFolders(const std::filesystem::path& user, const std::filesystem::path& project,
+                const std::filesystem::path& current)
+      : saved_(kw::GetFolders()), cwd_(std::filesystem::current_path()) {
+    kw::GetFolders().SetUserFolder(kw::FromUtf8(user.string()));
+    kw::GetFolders().SetProjectFolder(kw::FromUtf8(project.string()));
+    std::filesystem::current_path(current);
+  }
+  ~ScopedFolders() {
+    std::filesystem::current_path(cwd_);
+    kw::GetFolders() = saved_;
+  }
+
+ private:
+  kw::KwFolders saved_;
+  std::filesystem::path cwd_;
 };
 
 }  // namespace kwtest

@@ -37,27 +37,19 @@ TEST_F(MathTermTest, EvaluatesWithPrecedenceAssociativityAndSpellings) {
       {u"(2+3)*4", u"", 20},            {u"2^3^2", u"", 64},             {u"10-4-3", u"", 3},
       {u"24/4/2", u"", 3},              {u"2*3^2", u"", 18},             {u"2*(-3)", u"", -6},
       {u"-3+5", u"", 2},                {u"-(2+3)*2", u"", -10},         {u"((((7))))", u"", 7},
+      {u"-2^2", u"", 4},                {u"-SIN(1)^2", u"", std::pow(std::sin(1.0), 2)},  // the sign binds first
       {u"7%(-3)", u"", 1},              {u"-7%3", u"", 2},               {u"5%0", u"", 5},
       {u"-6%3", u"", 0},                {u"7.5%2", u"", 1.5},            {u"3,5+1", u"", 4.5},
       {u"6:4", u"", 1.5},               {u"2**3", u"", 8},               {u"{1+2}*3", u"", 9},
       {u"1E3+1", u"", 1001},            {u"2.5e-1*4", u"", 1},           {u"sqrt(16)", u"", 4},
       {u"SQR(2)^2", u"", 2},            {u"ABS(-3)+INT(-2.7)", u"", 1},  {u"INTEGER(2.9)", u"", 2},
       {u"LOG(EXP(2))", u"", 2},         {u"[1]+[2-3]*[4-6]", u"12 3100", 621},
-      {u"[2-4]", u"x-12y", -12},        {u"[1-4]", u"1,25", 1.25},
+      {u"[2-4]", u"x-12y", -12},        {u"[1-4]", u"1,25", 1.25},       {u"GMS(10.5)", u"", 10.3},
+      {u"GDD(10.3)", u"", 10.5},  // sexagesimal angles packed as degrees.minutesseconds
   };
   for (const Row& r : rows) EXPECT_NEAR(Eval(r.term, r.line), r.expected, 1e-9) << kw::ToUtf8(r.term);
   EXPECT_TRUE(platform_.boxes.empty());
   EXPECT_EQ(asserts_.count(), 0u);
-}
-
-TEST_F(MathTermTest, CompilesIntoPostfixOfSingleCharacters) {
-  KwMathTerm t;
-  ASSERT_EQ(t.SetTerm(u"1+2*3", 0, 0), 1);
-  EXPECT_EQ(t.GetCompiled(), u"abc*+");
-  ASSERT_EQ(t.SetTerm(u"(1+2)*3-[4]", 0, 0), 1);
-  EXPECT_EQ(t.GetCompiled(), u"ab+c*A-");
-  ASSERT_EQ(t.SetTerm(u"-SIN(1)^2", 0, 0), 1);
-  EXPECT_EQ(t.GetCompiled(), (std::u16string{u'a', 1, u'~', u'b', u'^'}));
 }
 
 struct Bad {
@@ -95,11 +87,7 @@ TEST_F(MathTermTest, BadTermsFailWithTheirMessageAndStayInvalid) {
     ASSERT_EQ(t.SetTerm(u"1", 0, 0), 1);  // a failure must also clear an earlier success
     EXPECT_EQ(t.SetTerm(r.term, r.keepBraces, 1), 0);
     EXPECT_FALSE(t.IsValid());
-    ASSERT_EQ(platform_.boxes.size(), 1u);
-    const kw::QueryBoxLayout& box = platform_.boxes[0];
-    EXPECT_EQ(box.text, kwtest::TermMessage(r.id, r.term));
-    EXPECT_EQ(box.pictureId, r.picture);
-    EXPECT_EQ(box.helpId, 2160u);
+    EXPECT_TRUE(kwtest::OneBox(platform_, kwtest::TermMessage(r.id, r.term), r.picture, 2160));
     EXPECT_EQ(static_cast<int>(platform_.beeps.size()), r.beeps);
     // Silent compilation fails the same way without a box.
     EXPECT_EQ(t.SetTerm(r.term, r.keepBraces, 0), 0);
@@ -177,10 +165,7 @@ TEST_F(MathTermTest, InvalidResultsBecomeZeroWithMessage2174) {
     int invalid = 0;
     EXPECT_EQ(t.CalculateResult(u"50", nullptr, &invalid, 1, 0), 0.0);
     EXPECT_EQ(invalid, 1);
-    ASSERT_EQ(platform_.boxes.size(), 1u);
-    EXPECT_EQ(platform_.boxes[0].text, kw::LoadString(2174));
-    EXPECT_EQ(platform_.boxes[0].pictureId, 1090u);
-    EXPECT_EQ(platform_.boxes[0].helpId, 2160u);
+    EXPECT_TRUE(kwtest::OneBox(platform_, kw::LoadString(2174), 1090, 2160));
     EXPECT_EQ(t.CalculateResult(u"50", nullptr, &invalid, 0, 0), 0.0);  // silent
     EXPECT_EQ(platform_.boxes.size(), 1u);
     EXPECT_EQ(t.CalculateResult(u"50", nullptr, nullptr, 0, 0), 0.0);  // no flag pointer
@@ -223,14 +208,6 @@ TEST_F(MathTermTest, LineFormRefusesShortLines) {
   EXPECT_EQ(t.CalculateResult(u"xx123", nullptr, nullptr, 1, 0), 0);
   EXPECT_EQ(t.CalculateResult(nullptr, nullptr, nullptr, 1, 0), 0);
   EXPECT_EQ(asserts_.count(), 2u);
-}
-
-TEST_F(MathTermTest, FunctionsOfSexagesimalAngles) {
-  KwMathTerm t;
-  ASSERT_EQ(t.SetTerm(u"GMS(10.5)", 0, 1), 1);
-  EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), 10.3, 1e-9);
-  ASSERT_EQ(t.SetTerm(u"GDD(10.3)", 0, 1), 1);
-  EXPECT_NEAR(t.CalculateResult(u"", nullptr, nullptr, 1, 0), 10.5, 1e-9);
 }
 
 // The line form reads the columns straight from the line; it must agree exactly with the array form

@@ -2,12 +2,9 @@
 // through the application object.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "app/KwWinApp.h"
-#include "base/CodePages.h"
-#include "base/KwFolders.h"
 #include "data/KwPersistence.h"
 #include "support/TestSupport.h"
 #include "terms/KwLogiTerm.h"
@@ -22,24 +19,8 @@ class TermApp : public kw::KwWinApp {
 
 class TermSettings : public kwtest::PlatformTest {
  protected:
-  TermSettings() : saved_(kw::GetFolders()), cwd_(std::filesystem::current_path()) {
-    kw::GetFolders().SetUserFolder(kw::FromUtf8(dir_.string()));
-    kw::GetFolders().SetProjectFolder(kw::FromUtf8(dir_.string()));
-    std::filesystem::current_path(dir_);
-  }
-  ~TermSettings() override {
-    std::filesystem::current_path(cwd_);
-    kw::GetFolders() = saved_;
-  }
   std::string UserFile() const { return ReadBytes(Temp("KwUser.INI")); }
-  bool Traced(const std::u16string& text) const {
-    for (const auto& line : platform_.debugOutput)
-      if (line == text + u"\n") return true;
-    return false;
-  }
-
-  kw::KwFolders saved_;
-  std::filesystem::path cwd_;
+  kwtest::ScopedFolders folders_{dir_, dir_, dir_};
 };
 
 TEST_F(TermSettings, AngleUnitIsKeptInSectionTerms) {

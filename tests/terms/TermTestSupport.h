@@ -6,8 +6,12 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "app/StringTable.h"
+#include "base/CodePages.h"
 #include "base/Format.h"
+#include "platform/ScriptedPlatform.h"
 
 namespace kwtest {
 
@@ -31,6 +35,16 @@ inline std::vector<std::u16string> FieldsOf(const std::u16string& line, const in
                          : std::u16string());
   }
   return fields;
+}
+
+// Whether the platform showed exactly one box, with this text, picture and help id.
+inline ::testing::AssertionResult OneBox(const kw::ScriptedPlatform& platform, const std::u16string& text,
+                                         uint32_t picture, uint32_t help) {
+  if (platform.boxes.size() != 1) return ::testing::AssertionFailure() << platform.boxes.size() << " boxes";
+  const kw::QueryBoxLayout& box = platform.boxes[0];
+  if (box.text == text && box.pictureId == picture && box.helpId == help) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "box \"" << kw::ToUtf8(box.text) << "\" picture " << box.pictureId
+                                       << " help " << box.helpId << ", expected \"" << kw::ToUtf8(text) << "\"";
 }
 
 }  // namespace kwtest
