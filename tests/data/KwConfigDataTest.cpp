@@ -26,10 +26,9 @@ class ConfigData : public kwtest::ScopeFilesTest {
 };
 
 TEST(CfgSection, KeysAndLines) {
-  EXPECT_EQ(KwCfgSection::ExtractKey(u"KEY=value=x"), u"KEY");
-  EXPECT_EQ(KwCfgSection::ExtractKey(u"=value"), u"");
-  EXPECT_EQ(KwCfgSection::ExtractKey(u"no equals"), u"");
-  EXPECT_EQ(KwCfgSection::ExtractKey(u"A="), u"A");
+  for (const auto& [line, key] : {std::pair<const char16_t*, const char16_t*>{u"KEY=value=x", u"KEY"},
+                                   {u"=value", u""}, {u"no equals", u""}, {u"A=", u"A"}})
+    EXPECT_EQ(KwCfgSection::ExtractKey(line), key);
 
   KwCfgSection s(u"S", -1);
   int dup = -1;
@@ -128,27 +127,22 @@ TEST_F(ConfigData, KnownSectionsAreWrittenFirstInListOrder) {
             "\xEF\xBB\xBF[Project]\r\nD=4\r\n[Units]\r\nB=2\r\n[Alpha]\r\nC=3\r\n[Zeta]\r\nA=1\r\n");
 }
 
-TEST_F(ConfigData, DuplicatesWithoutCollectionStayInTheFileUntilSaved) {
-  const std::string text = "[S]\r\nX=1\r\nX=2\r\n";
-  WriteBytes(Temp("g.ini"), text);
-  KwConfigData store;
-  Load(store);
-  EXPECT_EQ(Lines(store.GetCfgSection(u"S")), "X=1");
-  EXPECT_EQ(store.GetLoadCounter(), 1);
-  EXPECT_EQ(ReadBytes(Temp("g.ini")), text);
-  EXPECT_EQ(store.GetModified(), 0);
-}
-
-TEST_F(ConfigData, DuplicatesWithCollectionAreRewrittenAtLoad) {
-  WriteBytes(Temp("g.ini"), "[S]\r\nX=1\r\nX=2\r\n[Recent]\r\nCOUNT=2\r\nF1=one\r\nF2=two\r\n");
-  KwConfigData store(u"Recent");
-  Load(store);
-  EXPECT_EQ(store.GetLoadCounter(), 0);  // the second load found none
-  EXPECT_EQ(Lines(store.GetCfgSection(u"S")), "X=1");
-  const std::string file = ReadBytes(Temp("g.ini"));
-  EXPECT_EQ(file.find("X=2"), std::string::npos);
-  EXPECT_NE(file.find("[Recent]\r\nCOUNT=2\r\n"), std::string::npos);
-  EXPECT_EQ(store.GetModified(), 0);
+// Duplicates stay in the file until it is saved, unless the store keeps a collection: then the file is
+// rewritten at load (and a second load finds none).
+TEST_F(ConfigData, DuplicateKeysAreRewrittenAtLoadOnlyWithACollection) {
+  const std::string text = "[S]\r\nX=1\r\nX=2\r\n[Recent]\r\nCOUNT=2\r\nF1=one\r\nF2=two\r\n";
+  for (const bool collection : {false, true}) {
+    WriteBytes(Temp("g.ini"), text);
+    KwConfigData store(collection ? u"Recent" : nullptr);
+    Load(store);
+    EXPECT_EQ(Lines(store.GetCfgSection(u"S")), "X=1");
+    EXPECT_EQ(store.GetLoadCounter(), collection ? 0 : 1);
+    const std::string file = ReadBytes(Temp("g.ini"));
+    EXPECT_EQ(file == text, !collection);
+    EXPECT_EQ(file.find("X=2") == std::string::npos, collection);
+    EXPECT_NE(file.find("[Recent]\r\nCOUNT=2\r\n"), std::string::npos);
+    EXPECT_EQ(store.GetModified(), 0);
+  }
 }
 
 TEST_F(ConfigData, CollectionsRoundTrip) {
@@ -219,10 +213,6 @@ TEST_F(ConfigData, RenameKeepsTheSectionNameInStep) {
   EXPECT_NE(ReadBytes(Temp("g.ini")).find("[New]\r\nA=1"), std::string::npos);
 }
 
-}  // namespace
-
-namespace {
-
 // The same settings in each of the five encodings (UTF-8 with and without its byte-order mark).
 TEST_F(ConfigData, EveryEncodingLoadsAndIsWrittenBackAsUtf8) {
   const std::u16string text = u"[Maße]\r\nStraße=Größe\r\nX=1\r\n";
@@ -257,10 +247,6 @@ TEST_F(ConfigData, EveryEncodingLoadsAndIsWrittenBackAsUtf8) {
   ASSERT_NE(store.GetCfgSection(u"OEM"), nullptr);
   EXPECT_EQ(store.GetCfgSection(u"OEM")->GetLineText(0).size(), 7u);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(ConfigData, SectionNamesCountCaseUnlessTheStoreIgnoresIt) {
   WriteBytes(Temp("g.ini"), "[Units]\nA=1\n[UNITS]\nB=2\n[Straße]\nC=3\n[Strasse]\nD=4\n");

@@ -353,10 +353,6 @@ TEST_F(DataStore, ContractsAndCopies) {
   EXPECT_EQ(First(store, u"A", 1), "x=2");  // deep copy
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(DataStore, LoadingShowsProgressAndStopsWhenAsked) {
   WriteBytes(Temp("g.ini"), "[A]\nx=1\n");
   WriteBytes(Temp("l.ini"), "[B]\nx=1\n");

@@ -10,7 +10,6 @@
 #include "app/KwWinApp.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
-#include "base/KwFolders.h"
 #include "data/KwConfigData.h"
 #include "support/TestSupport.h"
 
@@ -30,16 +29,9 @@ class TracingApp : public kw::KwWinApp {
 // User and project folders (and the current folder, where a trace file goes) in the temp folder.
 class Persistence : public kwtest::PlatformTest {
  protected:
-  Persistence() : saved_(kw::GetFolders()), cwd_(std::filesystem::current_path()) {
+  Persistence() {
     std::filesystem::create_directories(Temp("user"));
     std::filesystem::create_directories(Temp("proj"));
-    kw::GetFolders().SetUserFolder(U(Temp("user")));
-    kw::GetFolders().SetProjectFolder(U(Temp("proj")));
-    std::filesystem::current_path(dir_);
-  }
-  ~Persistence() override {
-    std::filesystem::current_path(cwd_);
-    kw::GetFolders() = saved_;
   }
   std::filesystem::path UserIni() const { return Temp("user") / "KwUser.INI"; }
   std::filesystem::path ProjectIni() const { return Temp("proj") / "CONFIG.INI"; }
@@ -49,14 +41,8 @@ class Persistence : public kwtest::PlatformTest {
     for (const auto& line : lines) bytes += line + "\r\n";
     return bytes;
   }
-  bool Traced(const std::u16string& text) const {
-    for (const auto& line : platform_.debugOutput)
-      if (line == text + u"\n") return true;
-    return false;
-  }
 
-  kw::KwFolders saved_;
-  std::filesystem::path cwd_;
+  kwtest::ScopedFolders folders_{Temp("user"), Temp("proj"), dir_};
 };
 
 // One variable of every type of the table.
