@@ -148,6 +148,4 @@ TEST(KwFolders, DefaultsAndSettings) {
   EXPECT_EQ(folders.GetDataFolder(), u"/tmp/y/");
   EXPECT_EQ(folders.GetRegionalFolder(), u"/tmp/y/");
   EXPECT_EQ(folders.GetProjectFolder(), u"/tmp/y/");
-  KwFolders& shared = GetFolders();
-  EXPECT_EQ(&shared, &GetFolders());
 }

@@ -267,10 +267,6 @@ TEST(ArraySorts, SortStrArraySortUIntArrayAndMembership) {
   EXPECT_EQ(kw::IsUIntInArray(4, {}), 0);
 }
 
-}  // namespace
-
-namespace {
-
 // Texts that exercise the collation: umlauts and their expansions, "ß", "_", case, blanks, numbers.
 std::vector<std::u16string> CollationTexts(int n, unsigned seed) {
   std::mt19937 random(seed);
@@ -288,7 +284,6 @@ std::vector<std::u16string> CollationTexts(int n, unsigned seed) {
 // Every comparison of the fast path agrees with StrCompare: two texts come out in StrCompare's order.
 TEST(SortTextsStable, ComparesAsStrCompareDoes) {
   const auto texts = CollationTexts(110, 17);
-  int checked = 0;
   for (int flags = 0; flags < 16; ++flags) {
     const int caseSensitive = flags & 1, numeric = flags >> 1 & 1, skip = flags >> 2 & 1, reverse = flags >> 3 & 1;
     for (const auto& a : texts)
@@ -298,10 +293,8 @@ TEST(SortTextsStable, ComparesAsStrCompareDoes) {
         const int c = kw::StrCompare(a, b, caseSensitive, numeric, skip);
         ASSERT_EQ(index[0] == 1, reverse ? c < 0 : c > 0)
             << kw::ToUtf8(a) << " | " << kw::ToUtf8(b) << " flags " << flags;
-        ++checked;
       }
   }
-  EXPECT_EQ(checked, 16 * 110 * 110);
 }
 
 // Where the collation is transitive, the whole order is the stable one. (It is not transitive when a

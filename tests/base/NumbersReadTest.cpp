@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/CodePages.h"
 #include "base/Numbers.h"
 #include "support/TestSupport.h"
 
@@ -27,9 +28,9 @@ TEST(GetDouble, ValuesAndErrorLevels) {
   for (const auto& row : rows) {
     int level = -1;
     EXPECT_DOUBLE_EQ(kw::GetDouble(row.text, 0, 0, row.commaIsPoint, &level), row.value)
-        << std::string(row.text, row.text + std::char_traits<char16_t>::length(row.text));
+        << kw::ToUtf8(row.text);
     EXPECT_EQ(level, row.level)
-        << std::string(row.text, row.text + std::char_traits<char16_t>::length(row.text));
+        << kw::ToUtf8(row.text);
   }
   EXPECT_DOUBLE_EQ(kw::GetDouble(u"2.5", 0, 0, 0), 2.5);  // the level pointer is optional
 }
@@ -58,24 +59,32 @@ TEST_F(NumberReaderContract, NegativeStartOrLengthIsAContractFault) {
   EXPECT_EQ(asserts_.count(), 3u);
 }
 
+// The level is the mantissa's level times ten plus the exponent's.
 TEST(GetDoubleExp, ExponentLettersAndCombinedLevel) {
-  int level = -1;
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"1.5e3", 0, 0, 0, &level), 1500.0);
-  EXPECT_EQ(level, 0);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"2,5D-2  ", 0, 0, 1, &level), 0.025);
-  EXPECT_EQ(level, 0);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"4F1", 0, 0, 0, &level), 40.0);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"42", 0, 0, 0, &level), 42.0);  // no letter: plain reading
-  EXPECT_EQ(level, 0);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"3e", 0, 0, 0, &level), 3.0);  // empty exponent
-  EXPECT_EQ(level, 1);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"e2", 0, 0, 0, &level), 0.0);  // empty mantissa
-  EXPECT_EQ(level, 10);
-  kw::GetDoubleExp(u"1x5e1 2", 0, 0, 0, &level);
-  EXPECT_EQ(level, 23);
-  // An explicit length ends the text before a later exponent.
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"12e5", 0, 2, 0, &level), 12.0);
-  EXPECT_DOUBLE_EQ(kw::GetDoubleExp(u"xx7e2", 2, 3, 0, &level), 700.0);
+  constexpr int kAny = -999;  // a value or level the row does not check
+  const struct {
+    const char16_t* text;
+    int64_t start, len;
+    int commaIsPoint;
+    double value;
+    int level;
+  } rows[] = {{u"1.5e3", 0, 0, 0, 1500.0, 0}, {u"2,5D-2  ", 0, 0, 1, 0.025, 0}, {u"4F1", 0, 0, 0, 40.0, kAny},
+              {u"42", 0, 0, 0, 42.0, 0},      // no letter: plain reading
+              {u"3e", 0, 0, 0, 3.0, 1},       // empty exponent
+              {u"e2", 0, 0, 0, 0.0, 10},      // empty mantissa
+              {u"1x5e1 2", 0, 0, 0, kAny, 23},
+              {u"12e5", 0, 2, 0, 12.0, kAny},  // an explicit length ends the text before a later exponent
+              {u"xx7e2", 2, 3, 0, 700.0, kAny}};
+  for (const auto& row : rows) {
+    int level = -1;
+    const double value = kw::GetDoubleExp(row.text, row.start, row.len, row.commaIsPoint, &level);
+    if (row.value != kAny) {
+      EXPECT_DOUBLE_EQ(value, row.value) << kw::ToUtf8(row.text);
+    }
+    if (row.level != kAny) {
+      EXPECT_EQ(level, row.level) << kw::ToUtf8(row.text);
+    }
+  }
 }
 
 TEST(GetInt, ValuesAndErrorLevels) {
@@ -102,9 +111,9 @@ TEST(GetInt, ValuesAndErrorLevels) {
   for (const auto& row : rows) {
     int level = -1;
     EXPECT_EQ(kw::GetInt(row.text, 0, 0, &level), row.value)
-        << std::string(row.text, row.text + std::char_traits<char16_t>::length(row.text));
+        << kw::ToUtf8(row.text);
     EXPECT_EQ(level, row.level)
-        << std::string(row.text, row.text + std::char_traits<char16_t>::length(row.text));
+        << kw::ToUtf8(row.text);
   }
   EXPECT_EQ(kw::GetInt(u"x123456", 1, 3), 123);
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "base/CodePages.h"
 #include "base/Text.h"
 #include "support/TestSupport.h"
 
@@ -23,39 +24,38 @@ std::u16string Field(const char16_t* text, const char16_t* delims, int64_t field
 
 }  // namespace
 
-TEST(TextLimitText, ColumnModeCountsEmptyFields) {
+TEST(TextLimitText, ColumnsWordsAndQuotes) {
+  struct Row {
+    const char16_t* text;
+    const char16_t* delims;
+    int64_t field;
+    int exact;
+    char16_t quote;
+    const char16_t* expected;
+  };
+  const Row rows[] = {
+      // Column mode counts empty fields; after the last delimiter there is always one more.
+      {u"a;;b", u";", 0, 1, 0, u"a"},    {u"a;;b", u";", 2, 1, 0, u"b"},      {u"a;;b", u";", 3, 1, 0, u"<none>"},
+      {u"a;b;", u";", 2, 1, 0, u""},     {u"", u";", 0, 1, 0, u""},           {u"", u";", 1, 1, 0, u"<none>"},
+      {u";x", u";", 0, 1, 0, u""},       {u"a,b;c", u";,", 2, 1, 0, u"c"},
+      // Word mode skips runs of delimiters.
+      {u"  one   two ", u" ", 0, 0, 0, u"one"}, {u"  one   two ", u" ", 1, 0, 0, u"two"},
+      {u"  one   two ", u" ", 2, 0, 0, u"<none>"}, {u"", u" ", 0, 0, 0, u"<none>"}, {u" \t ", u" \t", 0, 0, 0, u"<none>"},
+      // Quotes hide delimiters and stay in the field; an open quote runs to the end.
+      {u"a;\"b;c\";d", u";", 1, 1, u'"', u"\"b;c\""}, {u"a;\"b;c\";d", u";", 2, 1, u'"', u"d"},
+      {u"a;\"b;c\";d", u";", 2, 1, 0, u"c\""},  // quoting off
+      {u"x  'a b'  y", u" ", 1, 0, u'\'', u"'a b'"}, {u"x  'a b'  y", u" ", 2, 0, u'\'', u"y"},
+      {u"x 'a b", u" ", 1, 0, u'\'', u"'a b"},       {u"x 'a b", u" ", 2, 0, u'\'', u"<none>"},
+  };
+  for (const Row& r : rows)
+    EXPECT_EQ(Field(r.text, r.delims, r.field, r.exact, r.quote), r.expected)
+        << kw::ToUtf8(r.text) << " field " << r.field << " exact " << r.exact;
+  // Where an empty field stands, and where a word mode field starts.
   int64_t range[2] = {0, 0};
   EXPECT_EQ(LimitText(u"a;;b", u";", 1, range, 1, 0), 1);
   EXPECT_EQ(std::vector<int64_t>(range, range + 2), (std::vector<int64_t>{2, 2}));
-  EXPECT_EQ(Field(u"a;;b", u";", 0, 1), u"a");
-  EXPECT_EQ(Field(u"a;;b", u";", 2, 1), u"b");
-  EXPECT_EQ(Field(u"a;;b", u";", 3, 1), u"<none>");
-  EXPECT_EQ(Field(u"a;b;", u";", 2, 1), u"");  // after the last delimiter there is always a field
-  EXPECT_EQ(Field(u"", u";", 0, 1), u"");
-  EXPECT_EQ(Field(u"", u";", 1, 1), u"<none>");
-  EXPECT_EQ(Field(u";x", u";", 0, 1), u"");
-  EXPECT_EQ(Field(u"a,b;c", u";,", 2, 1), u"c");
-}
-
-TEST(TextLimitText, WordModeSkipsRunsOfDelimiters) {
-  int64_t range[2] = {0, 0};
   EXPECT_EQ(LimitText(u"a;;b", u";", 1, range, 0, 0), 1);
   EXPECT_EQ(std::vector<int64_t>(range, range + 2), (std::vector<int64_t>{3, 4}));
-  EXPECT_EQ(Field(u"  one   two ", u" ", 0, 0), u"one");
-  EXPECT_EQ(Field(u"  one   two ", u" ", 1, 0), u"two");
-  EXPECT_EQ(Field(u"  one   two ", u" ", 2, 0), u"<none>");
-  EXPECT_EQ(Field(u"", u" ", 0, 0), u"<none>");
-  EXPECT_EQ(Field(u" \t ", u" \t", 0, 0), u"<none>");
-}
-
-TEST(TextLimitText, QuotesHideDelimitersAndStayInTheField) {
-  EXPECT_EQ(Field(u"a;\"b;c\";d", u";", 1, 1, u'"'), u"\"b;c\"");
-  EXPECT_EQ(Field(u"a;\"b;c\";d", u";", 2, 1, u'"'), u"d");
-  EXPECT_EQ(Field(u"a;\"b;c\";d", u";", 2, 1, 0), u"c\"");  // quoting off
-  EXPECT_EQ(Field(u"x  'a b'  y", u" ", 1, 0, u'\''), u"'a b'");
-  EXPECT_EQ(Field(u"x  'a b'  y", u" ", 2, 0, u'\''), u"y");
-  EXPECT_EQ(Field(u"x 'a b", u" ", 1, 0, u'\''), u"'a b");  // an open quote runs to the end
-  EXPECT_EQ(Field(u"x 'a b", u" ", 2, 0, u'\''), u"<none>");
 
   kwtest::AssertionRecorder asserts;
   EXPECT_EQ(Field(u"a;b", u";", 1, 1, u';'), u"b");  // a quote that is a delimiter: quoting off
