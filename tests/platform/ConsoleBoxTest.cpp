@@ -53,7 +53,7 @@ TEST(ConsoleBox, ShowsCaptionMessageAndMarkedButtons) {
   EXPECT_NE(plain.shown.find("2 OK"), std::string::npos);
 }
 
-TEST(ConsoleBox, AnswersByNumberMnemonicOrEnter) {
+TEST(ConsoleBox, AnswersByNumberMnemonicOrEnterAndCancels) {
   struct Row {
     std::string input;
     uint32_t style;
@@ -63,6 +63,7 @@ TEST(ConsoleBox, AnswersByNumberMnemonicOrEnter) {
       {"2\n", 0, -2},  {"3\n", 0, -3},  {"a\n", 0, -2},          {"C\n", 0, -3},     {" o \n", 0, 1},
       {"\n", 0, 1},    {"\n", 10, -2},  {"\n", 20, -3},          {"append\n", 0, -2}, {"2", 0, -2},  // no line end
       {"9\nx\n\n", 10, -2},  // unreadable answers ask again
+      {"\x1b\n", 0, 2},      {"", 0, 2},      {"7\n", 0, 2},  // escape, end of input (also after a bad answer)
   };
   for (const auto& row : rows) {
     const auto run = Ask(row.input, kOverwrite, row.style);
@@ -71,12 +72,6 @@ TEST(ConsoleBox, AnswersByNumberMnemonicOrEnter) {
   const auto again = Ask("9\n3\n", kOverwrite);
   EXPECT_EQ(again.result, -3);
   EXPECT_NE(again.shown.find("Answer 1-3"), again.shown.rfind("Answer 1-3"));  // asked twice
-}
-
-TEST(ConsoleBox, EscapeAndEndOfInputCancel) {
-  EXPECT_EQ(Ask("\x1b\n", kOverwrite).result, 2);
-  EXPECT_EQ(Ask("", kOverwrite).result, 2);
-  EXPECT_EQ(Ask("7\n", kOverwrite).result, 2);  // an unreadable answer, then the end of input
 }
 
 TEST(ConsoleBox, RepeatedLabelsAnswerWithTheFirst) {
