@@ -308,7 +308,7 @@ std::u16string DecodeInSteps(unsigned codePage, const std::string& bytes, int64_
 TEST(CodePages, BlockPathsAgreeWithTheCharacterLoop) {
   // Every kind of character, valid or not, at every offset around the blocks, in long ASCII runs.
   const std::string kinds[] = {"\xC3\xA4", "\xC3", "\x80", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xFF",
-                               "\xC3\xA4\xC3\xB6", "\xC2\x7F", "\xDF\xBF", "\xE2\x82"};
+                               "\xC3\xA4\xC3\xB6", "\xC2\x7F", "\xDF\xBF", "\xE2\x82", "\xC0\xAF"};
   for (const std::string& kind : kinds) {
     for (size_t at = 0; at < 40; ++at) {
       std::string bytes(48, 'q');
