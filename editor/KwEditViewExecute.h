@@ -66,12 +66,15 @@ class TaskPane {
  public:
   TaskPane(const std::u16string& title, int64_t total);
   ~TaskPane();
-  bool Step(int64_t done);
+  // Called for every line: the pane is stepped only when the percentage changes.
+  bool Step(int64_t done) { return done < m_Next || Advance(done); }
 
  private:
+  bool Advance(int64_t done);
+
   std::unique_ptr<KwProgress> m_Pane;
   int64_t m_Total;
-  int m_Last = -1;
+  int64_t m_Next = 0;  // the first count of done lines at which the percentage changes
 };
 
 // The changes a task collects, sorted by index, applied at its end as one undo step.
@@ -151,7 +154,8 @@ void ForTaskLines(KwEditBase& doc, const TaskLines& lines, const std::u16string&
 // each one splice taken from the walker's indexes, and deleted together by Finish as one undo step.
 class LineAction {
  public:
-  LineAction(KwEditBase& doc, int action) : m_Doc(doc), m_Action(action) {}
+  // `lines`: how many lines the task visits at most.
+  LineAction(KwEditBase& doc, int action, int64_t lines);
   // The current line of the walk, selected (`hit`) or not.
   void Take(const KwLineWalker& line, bool hit);
   // Deletes the gathered lines. Returns 1 (also when there was nothing to delete), 0 when the change

@@ -51,7 +51,7 @@ int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
     const int64_t n = term.GetTextNumberAreas(firsts, lasts, rows, abs);
     for (int64_t k = 0; k < n; ++k) reach = std::max(reach, lasts[k]);
   }
-  execute::LineAction action(*m_Doc, p->m_Action);
+  execute::LineAction action(*m_Doc, p->m_Action, lines.count);
   int64_t ordinal = 0;
   while (walk.Next()) {
     if (!pane.Step(ordinal)) break;

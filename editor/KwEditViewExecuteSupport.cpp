@@ -80,12 +80,20 @@ TaskPane::TaskPane(const std::u16string& title, int64_t total) : m_Total(total) 
 
 TaskPane::~TaskPane() = default;
 
-bool TaskPane::Step(int64_t done) {
-  if (m_Pane == nullptr || m_Total <= 0) return true;
-  const auto percent = static_cast<int>(100 * done / m_Total);
-  if (percent == m_Last) return true;
-  m_Last = percent;
-  return m_Pane->Step(percent) != 0;
+bool TaskPane::Advance(int64_t done) {
+  if (m_Pane == nullptr || m_Total <= 0) {
+    m_Next = INT64_MAX;
+    return true;
+  }
+  const int64_t percent = 100 * done / m_Total;
+  m_Next = ((percent + 1) * m_Total + 99) / 100;
+  return m_Pane->Step(static_cast<int>(percent)) != 0;
+}
+
+LineAction::LineAction(KwEditBase& doc, int action, int64_t lines) : m_Doc(doc), m_Action(action) {
+  // Runs of deleted lines are parted by kept ones: at most one run for every two lines. The room is
+  // only reserved, so the memory of runs that do not come is never touched.
+  if (action == kLineActionDelete || action == kLineActionKeep) m_Changes.Reserve(lines / 2 + 1, 0);
 }
 
 void LineAction::Take(const KwLineWalker& line, bool hit) {

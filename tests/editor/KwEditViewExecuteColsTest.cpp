@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "editor/KwEditView.h"
 #include "KwEditViewExecuteTest.h"
@@ -98,6 +99,45 @@ TEST_F(ExecuteTest, AutoInsertPutsTextAndARunningNumberOnEachLine) {
   ASSERT_EQ(view_.ExecuteAutoInsert(&e), 1);
   EXPECT_EQ(Text(), u"al#8pha\r\nb #*\r\nga#*mma");
   EXPECT_EQ(view_.GetLastExecute().overflow, 2);
+}
+
+TEST_F(ExecuteTest, LongTasksStepTheirPaneOncePerPercentAndStopWhereTheUserStops) {
+  std::u16string text;
+  for (int i = 0; i < 20000; ++i) text += u"ab\r\n";
+  auto fill = [&] {
+    doc_.SetChunkUnits(100);
+    doc_.InitEdit();
+    doc_.SetEOLType(13);
+    doc_.AddText(text, 0, 0);
+    doc_.ResetUndoStack();
+  };
+  fill();
+  kw::KwAutoInsertEvent insert;
+  insert.m_Text = u"X";
+  insert.m_Column = 1;
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(platform_.progressTitles, std::vector<std::u16string>{u"EditAutoInsert"});
+  std::vector<int> percents(100);
+  for (int i = 0; i < 100; ++i) percents[static_cast<size_t>(i)] = i;
+  EXPECT_EQ(platform_.progressSteps, percents);
+  EXPECT_EQ(view_.GetLastExecute().changed, 20000);
+  // Stopped at 50 percent: the first half of the lines is done, as one undo step.
+  fill();
+  platform_.stopProgressAtStep = platform_.stepCalls + 51;
+  ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
+  EXPECT_EQ(view_.GetLastExecute().lines, 10000);
+  EXPECT_EQ(doc_.GetLineText(9999), u"Xab");
+  EXPECT_EQ(doc_.GetLineText(10000), u"ab");
+  // A stopped deletion deletes the lines walked so far.
+  fill();
+  platform_.stopProgressAtStep = platform_.stepCalls + 51;
+  kw::KwLineSelectEvent select;
+  select.m_Action = kw::kLineActionDelete;
+  ASSERT_EQ(view_.ExecuteLineMark(&select), 1);
+  EXPECT_EQ(doc_.GetLinesInDoc(), 10000);
+  EXPECT_EQ(doc_.GetLineText(0), u"ab");
+  doc_.UndoEdit(nullptr);
+  EXPECT_EQ(Text(), text);
 }
 
 TEST_F(ExecuteTest, LineSortByOneKeyIsOneUndoStep) {
