@@ -14,7 +14,6 @@ using kwtest::TestApp;
 
 class KwWinAppTest : public kwtest::AppTest {
  protected:
-  std::vector<std::string> TraceLines(const std::filesystem::path& file) const { return Lines(file); }
   std::filesystem::path RecFile() const { return dir_ / "TESTAPP.REC"; }
 };
 
@@ -67,7 +66,7 @@ TEST_F(KwWinAppTest, SetTraceModeAsksOnceThenClosesThenAppends) {
   app.SetTraceMode();  // second call: closed, nothing asked
   EXPECT_FALSE(app.GetTraceMode());
   app.Trace(u"not recorded");
-  auto lines = TraceLines(RecFile());
+  auto lines = Lines(RecFile());
   ASSERT_EQ(lines.size(), 2u);  // the old trace was deleted
   EXPECT_NE(lines[0].find("0 trace lines"), std::string::npos) << lines[0];
   EXPECT_EQ(lines[1].substr(8), "  Step 1 of three");
@@ -78,7 +77,7 @@ TEST_F(KwWinAppTest, SetTraceModeAsksOnceThenClosesThenAppends) {
   EXPECT_TRUE(app.GetTraceMode());
   app.Trace(u"Step 3");
   app.SetTraceMode();
-  lines = TraceLines(RecFile());
+  lines = Lines(RecFile());
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_EQ(lines[1].substr(8), "  Step 1 of three");
   EXPECT_NE(lines[2].find("2 trace lines"), std::string::npos) << lines[2];
@@ -111,7 +110,7 @@ TEST_F(KwWinAppTest, TraceLineCarriesTimeOfDayAndWholeText) {
   app.Trace(u"Count %d of %s", u"mismatched");  // a format that does not fit is written as it stands
   app.SetTraceMode();
 
-  const auto lines = TraceLines(dir_ / "AUTO.REC");
+  const auto lines = Lines(dir_ / "AUTO.REC");
   ASSERT_EQ(lines.size(), 2u);
   // Milliseconds since construction as a time of day: a test run stays in the first minute.
   EXPECT_TRUE(std::regex_match(lines[0], std::regex("00:00:[0-5][0-9]  x{600}"))) << lines[0].substr(0, 20);
@@ -133,7 +132,7 @@ TEST_F(KwWinAppTest, InitialTraceStartsOnceAndDestructorTracesItsSteps) {
     EXPECT_TRUE(platform_.boxes.empty());
     EXPECT_EQ(app.GetTraceFileName(), u"AUTO.REC");
   }
-  const auto lines = TraceLines(dir_ / "AUTO.REC");
+  const auto lines = Lines(dir_ / "AUTO.REC");
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_EQ(lines[0].substr(8), "  first");
   EXPECT_NE(lines[1].find("1 trace lines"), std::string::npos);

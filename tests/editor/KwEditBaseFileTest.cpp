@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/KwWinApp.h"
+#include "app/AppFixture.h"
 #include "app/StringTable.h"
 #include "base/CodePages.h"
 #include "base/FileOps.h"
@@ -387,25 +387,17 @@ TEST_F(EditBaseFileTest, MergeFileInsertsChosenLinesWithTheDocumentsEndOfLine) {
 
 // An application object: its edit parameters rule backups and the EOL display character, and its
 // trace receives the buffer's warnings.
-class TracingApp : public kw::KwWinApp {
- public:
-  std::u16string GetAppVersion() const override { return u"1"; }
-};
-
-class EditBaseAppTest : public EditBaseFileTest {
+class EditBaseAppTest : public kwtest::AppTest {
  protected:
-  EditBaseAppTest() : cwd_(fs::current_path()) { fs::current_path(dir_); }
-  ~EditBaseAppTest() override { fs::current_path(cwd_); }
   bool Traced(const std::u16string& text) const {
     for (const auto& line : platform_.debugOutput)
       if (line == text + u"\n") return true;
     return false;
   }
-  fs::path cwd_;
 };
 
 TEST_F(EditBaseAppTest, EditParametersAndTraceLines) {
-  TracingApp app;
+  kwtest::TestApp app;
   app.SetEditParams({0, u'~', 1});
   app.StartInitalTrace();
   ASSERT_TRUE(app.GetTraceMode());

@@ -43,6 +43,13 @@ std::u16string RandomText(std::mt19937& rng, size_t n, size_t letters = kAlphabe
   return t;
 }
 
+// `lines` lines of random length below `longest`, each with CR LF.
+std::u16string RandomLines(std::mt19937& rng, int lines, unsigned longest, size_t letters) {
+  std::u16string t;
+  for (int l = 0; l < lines; ++l) t += RandomText(rng, rng() % longest, letters) + u"\r\n";
+  return t;
+}
+
 // A pattern taken from the text (so that it occurs) with the case of some units flipped, or random.
 std::u16string RandomPattern(std::mt19937& rng, const std::u16string& text, size_t m) {
   std::u16string p;
@@ -230,8 +237,7 @@ std::vector<int64_t> JokerModel(KwEditBase& doc, const std::u16string& pat, bool
 
 TEST(FindKernel, LineSearchUsesTheLeadOfLiteralsAndWildcards) {
   std::mt19937 rng(9);
-  std::u16string text;
-  for (int l = 0; l < 60; ++l) text += RandomText(rng, rng() % 120, 6) + u"\r\n";
+  const std::u16string text = RandomLines(rng, 60, 120, 6);
   KwEditBase doc;
   kwtest::FillDoc(doc, text, 64);
   // A column fix selection over every line and column: the line search runs for literals too.
@@ -260,8 +266,7 @@ TEST(FindKernel, LineSearchUsesTheLeadOfLiteralsAndWildcards) {
 
 TEST(FindKernel, MarkedLinesPassOverUnmarkedOnes) {
   std::mt19937 rng(31);
-  std::u16string text;
-  for (int l = 0; l < 200; ++l) text += RandomText(rng, rng() % 60, 5) + u"\r\n";
+  const std::u16string text = RandomLines(rng, 200, 60, 5);
   KwEditBase doc;
   kwtest::FillDoc(doc, text, 16);
   for (int64_t l = 0; l <= doc.GetLinesInDoc(); ++l) doc.SetLineMark(l, rng() % 4 == 0);

@@ -162,19 +162,22 @@ TEST_F(ListSort, RowsWithoutTheSortedCellCompareEqual) {
 
 // The prepared keys must give the rule's result for every pair: numbers, texts with umlauts, case,
 // underscores and commas, empty and missing cells, in every mode and direction.
+// A row `first` with a random cell 1 made of pieces that try the collation: umlauts and their
+// expansions, sharp s, case, underscores, blanks and numbers; one row in eight has no cell 1.
+std::u16string RandomRow(std::mt19937& random, const std::u16string& first) {
+  static const char16_t* const pieces[] = {u"a", u"A", u"B", u"\u00e4", u"\u00c4", u"ae", u"Ae", u"\u00df", u"ss",
+                                           u"sz", u"_", u" ", u"1", u"2", u"12", u"1,5", u",5", u"-3", u"x",
+                                           u"\u00dc", u"U", u"ue", u"E"};
+  if (random() % 8 == 0) return first;
+  std::u16string text = first + u"|";
+  for (int n = static_cast<int>(random() % 7); n > 0; --n) text += pieces[random() % std::size(pieces)];
+  return text;
+}
+
 TEST_F(ListSort, PreparedComparisonAgreesWithTheRule) {
-  const char16_t* const pieces[] = {u"a", u"A", u"\u00e4", u"\u00c4", u"ae", u"Ae", u"\u00df", u"ss", u"sz",
-                                    u"_", u" ", u"1", u"12", u"1,5", u"-3", u"x", u"\u00dc", u"U", u"ue", u"E"};
   std::mt19937 random(5);
   std::vector<kw::tagLISTROW> rows(300);
-  for (auto& row : rows) {
-    row.text = u"k|";
-    if (random() % 10 == 0) {
-      row.text = u"k";  // no cell 1
-      continue;
-    }
-    for (int n = static_cast<int>(random() % 6); n > 0; --n) row.text += pieces[random() % std::size(pieces)];
-  }
+  for (auto& row : rows) row.text = RandomRow(random, u"k");
   // Where one primary stream ends inside the other's expansion, the tie-break decides, not the length.
   for (const char16_t* text : {u"k|aU", u"k|A\u00dc", u"k|U", u"k|\u00dc", u"k|bss", u"k|B\u00df"})
     rows.push_back(kw::tagLISTROW{0, 0, 0, text, -1, 0, {}});
@@ -206,16 +209,9 @@ class CallbackOnlyControl : public kw::HeadlessListControl {
 // order handed to the control), by the control's own sort through the callback, and by a stable
 // sort with the rule read from the row texts.
 TEST_F(ListSort, BothSortPathsFollowTheRule) {
-  const char16_t* const pieces[] = {u"a", u"B", u"\u00e4", u"\u00c4", u"ae", u"\u00df", u"ss", u"_", u" ",
-                                    u"1", u"2", u",5", u"x", u"\u00dc", u"ue", u"U"};
   std::mt19937 random(11);
   std::vector<std::u16string> texts;
-  for (int i = 0; i < 400; ++i) {
-    std::u16string text = kw::Format(u"%d|", i);
-    for (int n = static_cast<int>(random() % 7); n > 0; --n) text += pieces[random() % std::size(pieces)];
-    if (random() % 8 == 0) text = kw::Format(u"%d", i);  // no cell 1
-    texts.push_back(text);
-  }
+  for (int i = 0; i < 400; ++i) texts.push_back(RandomRow(random, kw::Format(u"%d", i)));
   struct Case {
     uint32_t mode;
     uint32_t order;
