@@ -387,14 +387,7 @@ TEST_F(EditBaseFileTest, MergeFileInsertsChosenLinesWithTheDocumentsEndOfLine) {
 
 // An application object: its edit parameters rule backups and the EOL display character, and its
 // trace receives the buffer's warnings.
-class EditBaseAppTest : public kwtest::AppTest {
- protected:
-  bool Traced(const std::u16string& text) const {
-    for (const auto& line : platform_.debugOutput)
-      if (line == text + u"\n") return true;
-    return false;
-  }
-};
+class EditBaseAppTest : public kwtest::AppTest {};
 
 TEST_F(EditBaseAppTest, EditParametersAndTraceLines) {
   kwtest::TestApp app;
