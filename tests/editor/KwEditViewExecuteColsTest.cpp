@@ -115,6 +115,8 @@ TEST_F(ExecuteTest, LongTasksStepTheirPaneOncePerPercentAndStopWhereTheUserStops
   kw::KwAutoInsertEvent insert;
   insert.m_Text = u"X";
   insert.m_Column = 1;
+  // A step this large asks whether it goes into the undo memory: yes.
+  platform_.answers = {1};
   ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
   EXPECT_EQ(platform_.progressTitles, std::vector<std::u16string>{u"EditAutoInsert"});
   std::vector<int> percents(100);
@@ -124,12 +126,14 @@ TEST_F(ExecuteTest, LongTasksStepTheirPaneOncePerPercentAndStopWhereTheUserStops
   // Stopped at 50 percent: the first half of the lines is done, as one undo step.
   fill();
   platform_.stopProgressAtStep = platform_.stepCalls + 51;
+  platform_.answers = {1};
   ASSERT_EQ(view_.ExecuteAutoInsert(&insert), 1);
   EXPECT_EQ(view_.GetLastExecute().lines, 10000);
   EXPECT_EQ(doc_.GetLineText(9999), u"Xab");
   EXPECT_EQ(doc_.GetLineText(10000), u"ab");
-  // A stopped deletion deletes the lines walked so far.
+  // A stopped deletion deletes the lines walked so far (one run: a small step).
   fill();
+  platform_.answers.clear();
   platform_.stopProgressAtStep = platform_.stepCalls + 51;
   kw::KwLineSelectEvent select;
   select.m_Action = kw::kLineActionDelete;
