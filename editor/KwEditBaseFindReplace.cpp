@@ -246,13 +246,17 @@ int64_t KwEditBase::ReplaceRanges(const KwTextSplice* splices, int64_t count, in
 
 int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
   if (n == 0) return 0;
-  // One group for the step: an operation of more replacements than the undo memory's group size asks
-  // whether it is recorded at all. Without recording no record is built: nobody could use it.
-  if (m_Undo->StartGroup(n, 0) == 0) return -3;
+  // One group for the step, unless the caller has opened one: an operation of more replacements than
+  // the undo memory's group size asks whether it is recorded at all. Without recording no record is
+  // built: nobody could use it.
+  const bool ownGroup = m_Undo->GetGroupDepth() == 0;
+  if (ownGroup && m_Undo->StartGroup(n, 0) == 0) return -3;
   struct CloseAtEnd {
     KwEditUndo* undo;
-    ~CloseAtEnd() { undo->CloseGroup(); }
-  } close{m_Undo.get()};
+    ~CloseAtEnd() {
+      if (undo) undo->CloseGroup();
+    }
+  } close{ownGroup ? m_Undo.get() : nullptr};
   if (m_Undo->GetException() != 0) {
     ApplySplices(in, n);
     return n;
@@ -307,6 +311,7 @@ int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
 }
 
 void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
+  if (count == 0) return;
   const char16_t eol = m_EOLText[0];
   // A text without end-of-line units (nor LF, which pairs with a CR) leaves the lines as they are.
   auto plain = [&](const char16_t* p, int64_t n) {
@@ -316,8 +321,10 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   };
   // Splices that add or remove lines, in the numbers of the text before the step: the line tables
   // are moved for all of them at once at the end, instead of once per splice. The lines are counted
-  // forwards along the splices, not looked up for each.
+  // forwards along the splices, not looked up for each. Splices that keep their length and touch no
+  // end of line can be written over the text where it stands.
   LineShifts shifts;
+  bool overwrite = true;
   {
     EOLCounter counter(m_Head, eol);
     for (int64_t k = 0; k < count; ++k) {
@@ -325,6 +332,13 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       const int64_t inserted = CountEOLs(s.text, s.length);
       const int64_t before = counter.Before(s.at);
       const int64_t gone = s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
+      if (overwrite)
+        overwrite = s.length == s.removed && inserted == 0 && gone == 0 && plain(s.text, s.length) &&
+                    (eol != kCR || [&] {
+                      for (int64_t i = 0; i < s.removed; ++i)
+                        if (counter.UnitAt(s.at + i) == kLF) return false;
+                      return true;
+                    }());
       if (inserted == 0 && gone == 0) continue;
       // An index on the LF of a CR LF pair belongs to the line that the pair ends.
       const bool onLF = eol == kCR && counter.UnitAt(s.at) == kLF && counter.UnitAt(s.at - 1) == kCR;
@@ -336,151 +350,175 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
     }
   }
   const bool lineChanges = !shifts.empty();
-  m_KeepLineTables = lineChanges;
   bool formFeeds = false;
-  // Chunks whose first and last lines are measured at the end, for the longest line; the lines wholly
-  // inside a rebuilt chunk are measured while it is rebuilt.
-  std::vector<const tagTEXTDESC*> edges;
-  // Splices made one by one (they cross a chunk border): their lines are looked up at the end.
-  std::vector<int64_t> single;
-  // A rebuilt chunk moves or changes the cached line; the cache is renewed before the next lookup.
-  bool dirty = false;
-  auto settle = [&] {
-    if (dirty) ResetCache();
-    dirty = false;
+  // A form feed written or removed remakes the form-feed table; a text without form-feed lines has
+  // none to remove.
+  auto noteFormFeeds = [&](const char16_t* p, int64_t n) {
+    if (!formFeeds) formFeeds = std::char_traits<char16_t>::find(p, static_cast<size_t>(n), kFormFeed) != nullptr;
   };
-  tagTEXTDESC* c = nullptr;
-  Index cs = 0;
-  auto i = static_cast<size_t>(count);
-  while (i > 0) {
-    const Splice& s = splices[i - 1];
-    if (c == nullptr) {
-      settle();
-      c = SeekElement(s.at, &cs, nullptr);
-    } else {
-      while (c->prev && cs > s.at) {
-        c = c->prev;
-        cs -= c->used;
-      }
-    }
-    // With line changes the chunk's count of ends of line is made again after its rebuild; a CR LF
-    // pair may then also be split or joined inside the chunk.
-    const auto inChunk = [&](const Splice& x) {
-      return x.at >= cs && x.at + x.removed <= cs + static_cast<int64_t>(c->used) &&
-             (lineChanges || (plain(x.text, x.length) && plain(c->text + (x.at - cs), x.removed)));
-    };
-    if (!inChunk(s)) {
-      settle();
-      ReplaceText(s.at, s.removed, s.text, s.length);
-      single.push_back(static_cast<int64_t>(i - 1));
-      c = nullptr;
-      --i;
-      continue;
-    }
-    size_t j = i - 1;
-    while (j > 0 && inChunk(splices[j - 1])) --j;
-    // Rebuild the chunk for splices [j, i).
-    const auto used = static_cast<int64_t>(c->used);
-    int64_t delta = 0;
-    bool sameLengths = true;  // every splice overwrites as many units as it removes: no shifting
-    bool grew = false;
-    for (size_t k = j; k < i; ++k) {
-      delta += splices[k].length - splices[k].removed;
-      sameLengths = sameLengths && splices[k].length == splices[k].removed;
-      grew = grew || splices[k].length > splices[k].removed;
-      // A text without form-feed lines has no form feed to remove.
-      if (!formFeeds)
-        formFeeds = std::char_traits<char16_t>::find(splices[k].text, static_cast<size_t>(splices[k].length),
-                                                     kFormFeed) != nullptr ||
-                    (!m_FFTable.empty() && std::char_traits<char16_t>::find(c->text + (splices[k].at - cs),
-                                                                            static_cast<size_t>(splices[k].removed),
-                                                                            kFormFeed) != nullptr);
-    }
-    const int64_t newUsed = used + delta;
-    dirty = true;
-    if (sameLengths) {
-      for (size_t k = j; k < i; ++k)
-        if (splices[k].length)
-          std::memcpy(c->text + (splices[k].at - cs), splices[k].text,
-                      static_cast<size_t>(splices[k].length) * sizeof(char16_t));
-    } else if (newUsed == 0 && (c->prev || c->next)) {
-      // The lines on both sides of the chunk meet now.
-      if (c->prev) edges.push_back(c->prev);
-      if (c->next) edges.push_back(c->next);
-      m_LinesInDoc -= c->eols;
-      RemoveElement(c);
-      m_TotalChars += delta;
-      c = nullptr;
-      i = j;
-      continue;
-    } else {
-      tagTEXTDESC* fresh = NewElement(newUsed);
-      if (fresh == nullptr) {
-        // Out of memory for the new buffer: one replacement at a time, as far as memory goes.
-        settle();
-        for (size_t k = i; k > j; --k) {
-          ReplaceText(splices[k - 1].at, splices[k - 1].removed, splices[k - 1].text, splices[k - 1].length);
-          single.push_back(static_cast<int64_t>(k - 1));
+  for (int64_t k = 0; k < count; ++k) noteFormFeeds(splices[k].text, splices[k].length);
+  const bool checkRemoved = !formFeeds && !m_FFTable.empty();
+
+  if (overwrite) {
+    // Every unit stays where it is: the splices' texts are written over the old ones.
+    Index cs = 0;
+    tagTEXTDESC* c = SeekElement(splices[0].at, &cs, nullptr);
+    for (int64_t k = 0; k < count; ++k) {
+      const Splice& s = splices[k];
+      for (int64_t done = 0; done < s.length;) {
+        while (c->next && cs + static_cast<int64_t>(c->used) <= s.at + done) {
+          cs += c->used;
+          c = c->next;
         }
-        c = nullptr;
-        i = j;
-        continue;
+        const int64_t off = s.at + done - cs;
+        const int64_t n = std::min<int64_t>(s.length - done, static_cast<int64_t>(c->used) - off);
+        if (checkRemoved) noteFormFeeds(c->text + off, n);
+        std::memcpy(c->text + off, s.text + done, static_cast<size_t>(n) * sizeof(char16_t));
+        done += n;
       }
-      char16_t* dst = fresh->text;
-      int64_t from = 0;  // next unit of the old buffer to copy
-      for (size_t k = j; k < i; ++k) {
-        const int64_t off = splices[k].at - cs;
-        std::memcpy(dst, c->text + from, static_cast<size_t>(off - from) * sizeof(char16_t));
-        dst += off - from;
-        if (splices[k].length)
-          std::memcpy(dst, splices[k].text, static_cast<size_t>(splices[k].length) * sizeof(char16_t));
-        dst += splices[k].length;
-        from = off + splices[k].removed;
-      }
-      std::memcpy(dst, c->text + from, static_cast<size_t>(used - from) * sizeof(char16_t));
-      FreeText(c);
-      c->text = fresh->text;
-      c->capacity = fresh->capacity;
-      c->used = static_cast<uint32_t>(newUsed);
-      fresh->text = nullptr;
-      delete fresh;
-      m_TotalChars += delta;
     }
-    // The lines wholly inside the chunk are measured (and counted) now; its first and last at the end.
-    if (lineChanges || grew) {
-      int64_t eols = 0;
-      m_LongestLine = std::max(m_LongestLine, LongestInside(c->text, c->used, eol, &eols));
-      if (lineChanges) {
-        m_LinesInDoc += eols - c->eols;
-        c->eols = eols;
-      }
-      edges.push_back(c);
-    }
-    i = j;
+    ResetCache();
+    if (formFeeds) BuildFFTable();
+    return;
   }
-  m_KeepLineTables = false;
+
+  // The text from the start of the first chunk with a splice to the end of the chunk with the last one
+  // is written anew, as one stream, into buffers that are filled before the next one is begun. An old
+  // chunk's buffer is taken for the stream as soon as the stream has passed it, so that the new text
+  // needs fresh memory only for what it grows by; that much (and two buffers more) is set aside before
+  // the first unit is written, so the stream never runs out of memory half way. A chunk the stream
+  // reaches whole, with no splice in it and no new buffer begun, stays as it is.
+  int64_t growth = 0;
+  for (int64_t k = 0; k < count; ++k) growth += std::max<int64_t>(splices[k].length - splices[k].removed, 0);
+  std::vector<tagTEXTDESC*> spare;
+  {
+    const int64_t least = (m_ChunkUnits + kChunkStep - 1) / kChunkStep * kChunkStep;
+    const int64_t reserve = growth / least + 2;
+    spare.reserve(static_cast<size_t>(reserve + 8));
+    for (int64_t k = 0; k < reserve; ++k) {
+      tagTEXTDESC* chunk = NewElement(0);
+      if (chunk == nullptr) break;
+      spare.push_back(chunk);
+    }
+    if (static_cast<int64_t>(spare.size()) < reserve) {
+      for (tagTEXTDESC* chunk : spare) {
+        FreeText(chunk);
+        delete chunk;
+      }
+      // Out of memory: one replacement at a time from the last, as far as memory goes.
+      m_KeepLineTables = lineChanges;
+      for (int64_t k = count; k-- > 0;) ReplaceText(splices[k].at, splices[k].removed, splices[k].text, splices[k].length);
+      m_KeepLineTables = false;
+      ResetCache();
+      if (lineChanges) MoveLineTables(shifts);
+      if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
+      return;
+    }
+  }
+  Index cs = 0;
+  tagTEXTDESC* c = SeekElement(splices[0].at, &cs, nullptr);
+  m_Cache = LinePos();  // the chunks change under it; made again at the end
+  tagTEXTDESC* tail = c->prev;  // the last chunk of the new list before the stream
+  std::vector<const tagTEXTDESC*> edges;
+  if (tail) edges.push_back(tail);
+  tagTEXTDESC* out = nullptr;  // the new chunk being filled, not yet in the list
+  // Puts the new chunk into the list behind `tail`, counted and measured.
+  auto finish = [&] {
+    if (out == nullptr) return;
+    int64_t eols = 0;
+    m_LongestLine = std::max(m_LongestLine, LongestInside(out->text, out->used, eol, &eols));
+    out->eols = eols;
+    m_LinesInDoc += eols;
+    out->prev = tail;
+    out->next = tail ? tail->next : m_Head;
+    if (out->next) out->next->prev = out;
+    (tail ? tail->next : m_Head) = out;
+    edges.push_back(out);
+    tail = out;
+    out = nullptr;
+  };
+  auto emit = [&](const char16_t* p, int64_t n) {
+    while (n > 0) {
+      if (out == nullptr) {
+        KW_ASSERT(!spare.empty());
+        out = spare.back();
+        spare.pop_back();
+        out->used = 0;
+      }
+      const int64_t m = std::min<int64_t>(n, static_cast<int64_t>(out->capacity - out->used));
+      std::memcpy(out->text + out->used, p, static_cast<size_t>(m) * sizeof(char16_t));
+      out->used += static_cast<uint32_t>(m);
+      p += m;
+      n -= m;
+      if (out->used == out->capacity) finish();
+    }
+  };
+  Index ip = cs;  // the next old unit to read, in `c` (or at its end)
+  // Reads the old text up to `to`, copying it into the stream when `copy` is set; an old chunk read to
+  // its end leaves the list and its buffer serves the stream.
+  auto advance = [&](Index to, bool copy) {
+    while (ip < to && c != nullptr) {
+      const Index end = cs + static_cast<int64_t>(c->used);
+      const int64_t n = std::min(to, end) - ip;
+      if (copy)
+        emit(c->text + (ip - cs), n);
+      else if (checkRemoved)
+        noteFormFeeds(c->text + (ip - cs), n);
+      ip += n;
+      while (c != nullptr && ip == cs + static_cast<int64_t>(c->used)) {
+        tagTEXTDESC* next = c->next;
+        if (c->prev) c->prev->next = next;
+        if (next) next->prev = c->prev;
+        if (m_Head == c) m_Head = next;
+        m_LinesInDoc -= c->eols;
+        cs += c->used;
+        c->prev = c->next = nullptr;
+        c->eols = 0;
+        spare.push_back(c);
+        c = next;
+      }
+    }
+  };
+  for (int64_t k = 0; k < count; ++k) {
+    const Splice& s = splices[k];
+    bool kept = false;
+    while (c != nullptr && c->next != nullptr && ip == cs && out == nullptr &&
+           s.at >= cs + static_cast<int64_t>(c->used)) {
+      tail = c;
+      cs += c->used;
+      ip = cs;
+      c = c->next;
+      kept = true;
+    }
+    if (kept) edges.push_back(tail);
+    advance(s.at, true);
+    advance(s.at + s.removed, false);
+    emit(s.text, s.length);
+    m_TotalChars += s.length - s.removed;
+  }
+  // The rest of the chunk the last splice ended in.
+  if (c != nullptr && ip > cs) advance(cs + static_cast<int64_t>(c->used), true);
+  finish();
+  if (c != nullptr && c->used == 0 && (c->prev || c->next)) {
+    // The empty chunk of an empty text, now that the stream has given it text.
+    tagTEXTDESC* next = c->next;
+    RemoveElement(c);
+    c = next;
+  }
+  if (c != nullptr) edges.push_back(c);
+  for (tagTEXTDESC* chunk : spare) {
+    FreeText(chunk);
+    delete chunk;
+  }
+  if (m_Head == nullptr) {
+    // Everything was removed: an empty text has one empty chunk.
+    m_Head = NewElement(0);
+    if (m_Head != nullptr) m_Head->used = 0;
+  }
   ResetCache();
   if (lineChanges) MoveLineTables(shifts);
   if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
   MeasureEdges(edges);
-  // The lines of the splices made one by one may have grown.
-  if (!single.empty()) {
-    std::sort(single.begin(), single.end());
-    int64_t shift = 0;
-    size_t next = 0;
-    Line lastLine = -1;
-    for (int64_t k = 0; k < count && next < single.size(); ++k) {
-      const Splice& s = splices[k];
-      if (k == single[next]) {
-        ++next;
-        const Line l = LineFromIndex(s.at + shift, nullptr);
-        const Line end = LineFromIndex(s.at + shift + s.length, nullptr);
-        for (Line n = std::max(l, lastLine + 1); n <= end; ++n) m_LongestLine = std::max(m_LongestLine, LineLength(n, 0));
-        lastLine = std::max(lastLine, end);
-      }
-      shift += s.length - s.removed;
-    }
-  }
 }
 
 void KwEditBase::MeasureEdges(std::vector<const tagTEXTDESC*>& edges) {

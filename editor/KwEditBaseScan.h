@@ -1,9 +1,15 @@
 // The tight loops of the text buffer: counting and finding one UTF-16 unit in a run of units. They work
 // in fixed blocks whose inner loops have no early exit, so that the compiler turns them into vector
-// code; only the block that holds the hit is scanned unit by unit.
+// code; only the block that holds the hit is scanned unit by unit (Find compares eight units at once
+// with SSE2 instead).
 #pragma once
 
+#include <bit>
 #include <cstdint>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace kw::scan {
 
@@ -23,14 +29,25 @@ inline int64_t Count(const char16_t* p, int64_t n, char16_t c) {
   return total + k;
 }
 
-// Offset of the first unit equal to `c` in p[0, n), or n.
+// Offset of the first unit equal to `c` in p[0, n), or n. Most searches end within a line of a few
+// dozen units: with SSE2 eight units are compared at once and the hit is taken from the compare mask,
+// with no block to rescan unit by unit.
 inline int64_t Find(const char16_t* p, int64_t n, char16_t c) {
   int64_t i = 0;
+#if defined(__SSE2__)
+  const __m128i needle = _mm_set1_epi16(static_cast<short>(c));
+  for (; i + 8 <= n; i += 8) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(units, needle)));
+    if (mask != 0) return i + std::countr_zero(mask) / 2;
+  }
+#else
   for (; i + kBlock <= n; i += kBlock) {
     unsigned any = 0;
     for (int j = 0; j < kBlock; ++j) any |= p[i + j] == c;
     if (any) break;
   }
+#endif
   for (; i < n; ++i)
     if (p[i] == c) return i;
   return n;

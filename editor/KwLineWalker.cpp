@@ -1,13 +1,7 @@
 // KwLineWalker: the sequential line walk over a document's chunks (see editor/KwLineWalker.h).
 #include "editor/KwLineWalker.h"
 
-#include <bit>
-
 #include "editor/KwEditBaseScan.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace kw {
 
@@ -17,26 +11,6 @@ constexpr char16_t kCR = 13;
 constexpr char16_t kLF = 10;
 // What GetText gives for an empty line whose text is in no buffer.
 constexpr char16_t kEmpty[1] = {0};
-
-// Offset of the first unit equal to `c` in p[0, n), or n. The lines of the column files the tasks
-// work on are short (a few dozen units), so the hit comes within a few steps: eight units are compared
-// at once and the hit is taken from the compare mask, with no block to rescan unit by unit.
-inline int64_t FindEOL(const char16_t* p, int64_t n, char16_t c) {
-#if defined(__SSE2__)
-  const __m128i needle = _mm_set1_epi16(static_cast<short>(c));
-  int64_t i = 0;
-  for (; i + 8 <= n; i += 8) {
-    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(units, needle)));
-    if (mask != 0) return i + std::countr_zero(mask) / 2;
-  }
-  for (; i < n; ++i)
-    if (p[i] == c) return i;
-  return n;
-#else
-  return scan::Find(p, n, c);
-#endif
-}
 
 }  // namespace
 
@@ -99,7 +73,7 @@ void KwLineWalker::Measure() {
   while (true) {
     const int64_t n = c->used;
     // A chunk without an end-of-line character is passed whole.
-    const int64_t f = c->eols == 0 || o >= n ? n : o + FindEOL(c->text + o, n - o, m_EOL);
+    const int64_t f = c->eols == 0 || o >= n ? n : o + scan::Find(c->text + o, n - o, m_EOL);
     if (f < n || c->next == nullptr) {
       if (spread) {
         m_Buffer.insert(m_Buffer.end(), c->text + o, c->text + f);
