@@ -428,8 +428,8 @@ class KwEditBase {
   // their texts must not point into the document. Each chunk is rebuilt once for all the replacements
   // inside it, so a task that changes every line of a large text costs one pass, not a shift of the
   // text behind each line. Line marks and the other line tables follow the text as with SelReplace.
-  // More splices than the undo memory's group size ask first whether the step is recorded (see
-  // KwUndoMemory::StartGroup); a step that goes on unrecorded builds no record.
+  // Outside an undo group, more splices than the undo memory's group size ask first whether the step
+  // is recorded (see KwUndoMemory::StartGroup); a step that goes on unrecorded builds no record.
   // Returns the number of splices made, 0 for none, -1 for unsorted or out-of-range splices
   // (assertion, nothing changed), -2 out of memory, -3 cancelled at that question (nothing changed).
   int64_t ReplaceRanges(const KwTextSplice* splices, int64_t count, int recordUndo);

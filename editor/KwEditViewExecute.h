@@ -93,10 +93,21 @@ class SpliceList {
     Add(at, removed, text.data(), static_cast<int64_t>(text.size()));
   }
   int64_t size() const { return static_cast<int64_t>(m_Entries.size()); }
-  // Applies the changes to `doc` as one undo step; the result of ReplaceRanges.
+  // Applies the changes to `doc`; the result of ReplaceRanges. A task makes them one undo step by
+  // applying them inside one undo group (ApplyBefore may have applied parts already).
   int64_t Apply(KwEditBase& doc);
+  // Applies the changes collected so far ahead of Apply, once there are many of them and all end
+  // before `limit` (an index of the text as the task found it): a task that reads each line once and
+  // changes no end of line keeps its list short so, instead of holding a change for every line of a
+  // large text. Indexes added later are moved by what these changes added. False when ReplaceRanges
+  // failed.
+  bool ApplyBefore(KwEditBase& doc, Index limit);
 
  private:
+  static constexpr size_t kEarlyBatch = 8192;
+  int64_t m_Shift = 0;    // units that the changes applied early added to the text
+  int64_t m_Pending = 0;  // units that the changes in the list add
+  Index m_End = 0;        // end of the last change added, as an index of the text the task found
   // The splices' texts are set from the offsets when they are applied: the texts move while they grow.
   // A task over millions of lines collects hundreds of megabytes here: large blocks.
   template <class T>

@@ -84,11 +84,21 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
   const bool limited = p->m_Min < p->m_Max;
   const int64_t width = c1 - c0;
   KwExecuteResult& r = m_LastExecute;
+  // One undo step, asked about once: the changes of a term that reads only its own line are applied
+  // in parts behind the walk, so that a large text never holds a change for each of its lines.
+  if (m_Doc->StartUndoGroup(lines.count) == 0) return 0;
+  struct CloseGroup {
+    KwEditBase* doc;
+    ~CloseGroup() { doc->CloseUndoGroup(); }
+  } closeGroup{m_Doc};
+  const bool early = term.HasDifferentRow() == 0;
+  bool failed = false;
   SpliceList changes;
   changes.Reserve(lines.count, lines.count * (width + 1));
   std::u16string field, padded;
   EvaluateLines(*m_Doc, lines, term, u"EditColCalc", r,
                 [&](const KwLineWalker& line, double value) {
+                  if (early && !changes.ApplyBefore(*m_Doc, line.GetChunkStart())) failed = true;
                   const char16_t* text = line.GetText();
                   const int64_t length = line.GetLength();
                   if (limited && (value < p->m_Min || value > p->m_Max)) {
@@ -119,7 +129,7 @@ int KwEditView::ExecuteColCalc(KwColCalcEvent* event) {
                   }
                   ++r.changed;
                 });
-  if (changes.Apply(*m_Doc) < 0) return 0;
+  if (changes.Apply(*m_Doc) < 0 || failed) return 0;
   RecordIfRecording(p);
   return 1;
 }

@@ -140,16 +140,31 @@ int LineAction::Finish(bool* deleted) {
 }
 
 void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {
+  m_End = at + removed;
+  at += m_Shift;
   KW_ASSERT(m_Entries.empty() || at >= m_Entries.back().at + m_Entries.back().removed);
   m_Entries.push_back({at, removed, nullptr, length});
   m_Offsets.push_back(m_Units.size());
+  m_Pending += length - removed;
   if (length > 0) m_Units.append(text, static_cast<size_t>(length));
 }
 
 int64_t SpliceList::Apply(KwEditBase& doc) {
   if (m_Entries.empty()) return 0;
   for (size_t i = 0; i < m_Entries.size(); ++i) m_Entries[i].text = m_Units.data() + m_Offsets[i];
-  return doc.ReplaceRanges(m_Entries.data(), static_cast<int64_t>(m_Entries.size()), 1);
+  const int64_t made = doc.ReplaceRanges(m_Entries.data(), static_cast<int64_t>(m_Entries.size()), 1);
+  // The lists keep their memory for the changes still to come.
+  m_Entries.clear();
+  m_Offsets.clear();
+  m_Units.clear();
+  m_Shift += m_Pending;
+  m_Pending = 0;
+  return made;
+}
+
+bool SpliceList::ApplyBefore(KwEditBase& doc, Index limit) {
+  if (m_Entries.size() < kEarlyBatch || m_End >= limit) return true;
+  return Apply(doc) >= 0;
 }
 
 TermInput::TermInput(KwEditBase& doc, const TaskLines& lines, bool otherRows, const int64_t* firsts,

@@ -37,6 +37,10 @@ class KwLineWalker {
   // its end of line (0 for the last line).
   Line GetLine() const { return m_Line; }
   Index GetStart() const { return m_Start; }
+  // Character index of the first unit of the chunk that holds the line's first unit. The walker does
+  // not read the text before it again: a task may change that text while it walks on (its indexes
+  // then move; the walker's stay those of the text it began with).
+  Index GetChunkStart() const { return m_ChunkStart; }
   int64_t GetLength() const { return m_Length; }
   int64_t GetLengthWithEOL() const { return m_Length + m_EOLLength; }
   int GetEOLLength() const { return m_EOLLength; }

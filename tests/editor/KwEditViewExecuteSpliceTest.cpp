@@ -3,12 +3,16 @@
 // removed, marks and bookmarks moving with their lines, and one undo step restoring the text.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "editor/KwEditBase.h"
 #include "editor/KwEditUndo.h"
+#include "editor/KwEditView.h"
+#include "editor/KwRecordEvent.h"
+#include "base/Format.h"
 #include "platform/ScriptedPlatform.h"
 #include "support/TestSupport.h"
 
@@ -155,6 +159,49 @@ TEST(EditBaseReplaceRanges, LargeStepsAskWhetherTheyAreRecorded) {
       doc.UndoEdit(nullptr);
       EXPECT_EQ(doc.GetAllText(), text);
     }
+  }
+}
+
+}  // namespace
+
+namespace {
+
+// A column calculation over more lines than the view applies at once: its changes go in in parts
+// behind the walk, and still make the text of one pass and one undo step.
+TEST(ExecuteColCalcInParts, LargeTextGivesOnePassAndOneUndoStep) {
+  std::u16string text, want;
+  for (int i = 0; i < 20000; ++i) {
+    char line[64], result[64];
+    const double v = (i % 3000) * 0.25;  // six characters, as the field [7-12] reads them
+    std::snprintf(line, sizeof line, "%05d %6.2f", i, v);
+    std::snprintf(result, sizeof result, "%8.3f", v * 2 - 1);
+    text += kw::Widen(line) + u"\r\n";
+    want += kw::Widen(line) + u" " + kw::Widen(result) + u"\r\n";
+  }
+  for (const int64_t chunk : {int64_t{4096}, KwEditBase::kChunkUnits}) {
+    SCOPED_TRACE(chunk);
+    kw::ScriptedPlatform platform;
+    kw::ScopedPlatform scope(platform);
+    KwEditBase doc;
+    Load(doc, text, chunk);
+    doc.GetUndo()->SetConfirmAnswer(1);
+    kw::KwEditView view(&doc);
+    kw::KwColCalcEvent calc;
+    calc.m_Term = u"[7-12]*2-1";
+    calc.m_FirstCol = 14;
+    calc.m_LastCol = 21;
+    calc.m_Picture = u"####.###";
+    ASSERT_EQ(view.ExecuteColCalc(&calc), 1);
+    EXPECT_EQ(view.GetLastExecute().changed, 20000);
+    EXPECT_EQ(doc.GetAllText(), want);
+    EXPECT_EQ(doc.Check(), 1);
+    EXPECT_EQ(doc.GetLongestLine(), 21);
+    doc.UndoEdit(nullptr);
+    EXPECT_EQ(doc.GetAllText(), text);
+    EXPECT_FALSE(doc.CanUndo());
+    doc.RedoEdit(nullptr);
+    EXPECT_EQ(doc.GetAllText(), want);
+    EXPECT_EQ(doc.Check(), 1);
   }
 }
 
