@@ -324,6 +324,10 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   // forwards along the splices, not looked up for each. Splices that keep their length and touch no
   // end of line can be written over the text where it stands.
   LineShifts shifts;
+  // Only tables that exist are moved: without marks, bookmarks or syntax flags the shifts need not
+  // even be collected.
+  const bool tables = !m_LineMarks.empty() || !m_BookMarks.empty() || !m_SyntaxFlags.empty();
+  bool lineChanges = false;
   bool overwrite = true;
   {
     EOLCounter counter(m_Head, eol);
@@ -340,6 +344,8 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
                       return true;
                     }());
       if (inserted == 0 && gone == 0) continue;
+      lineChanges = true;
+      if (!tables) continue;
       // An index on the LF of a CR LF pair belongs to the line that the pair ends.
       const bool onLF = eol == kCR && counter.UnitAt(s.at) == kLF && counter.UnitAt(s.at - 1) == kCR;
       const Line startLine = before - (onLF ? 1 : 0);
@@ -349,7 +355,6 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       shifts.push_back({startLine, lineStart ? startLine : startLine + 1, gone, inserted});
     }
   }
-  const bool lineChanges = !shifts.empty();
   bool formFeeds = false;
   // A form feed written or removed remakes the form-feed table; a text without form-feed lines has
   // none to remove.
@@ -410,7 +415,7 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       for (int64_t k = count; k-- > 0;) ReplaceText(splices[k].at, splices[k].removed, splices[k].text, splices[k].length);
       m_KeepLineTables = false;
       ResetCache();
-      if (lineChanges) MoveLineTables(shifts);
+      if (!shifts.empty()) MoveLineTables(shifts);
       if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
       return;
     }
@@ -516,7 +521,7 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
     if (m_Head != nullptr) m_Head->used = 0;
   }
   ResetCache();
-  if (lineChanges) MoveLineTables(shifts);
+  if (!shifts.empty()) MoveLineTables(shifts);
   if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
   MeasureEdges(edges);
 }
