@@ -11,69 +11,62 @@
 
 using namespace kw;
 
-namespace {
-
-class FileOpsTest : public kwtest::PlatformTest {
- protected:
-  std::u16string Name(const std::string& file) const { return Temp(file).u16string(); }
-};
-
-}  // namespace
+using FileOpsTest = kwtest::PlatformTest;
 
 TEST_F(FileOpsTest, ExistenceSizeAndDeletion) {
   WriteBytes(Temp("a.txt"), "12345");
-  EXPECT_TRUE(IsExisting(Name("a.txt")));
-  EXPECT_FALSE(IsDirectory(Name("a.txt")));
+  EXPECT_TRUE(IsExisting(TempName("a.txt")));
+  EXPECT_FALSE(IsDirectory(TempName("a.txt")));
   EXPECT_TRUE(IsDirectory(dir_.u16string()));
   EXPECT_TRUE(IsExisting(dir_.u16string()));
-  EXPECT_EQ(SizeOf(Name("a.txt")), 5);
-  EXPECT_EQ(SizeOf(Name("none.txt")), -1);
-  EXPECT_FALSE(IsExisting(Name("none.txt")));
+  EXPECT_EQ(SizeOf(TempName("a.txt")), 5);
+  EXPECT_EQ(SizeOf(TempName("none.txt")), -1);
+  EXPECT_FALSE(IsExisting(TempName("none.txt")));
   EXPECT_FALSE(IsExisting(u""));
   EXPECT_FALSE(DeleteTheFile(dir_.u16string())) << "a folder is not deleted as a file";
-  EXPECT_TRUE(DeleteTheFile(Name("a.txt")));
-  EXPECT_FALSE(IsExisting(Name("a.txt")));
-  EXPECT_FALSE(DeleteTheFile(Name("a.txt")));
+  EXPECT_TRUE(DeleteTheFile(TempName("a.txt")));
+  EXPECT_FALSE(IsExisting(TempName("a.txt")));
+  EXPECT_FALSE(DeleteTheFile(TempName("a.txt")));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(ENOENT));
 }
 
 TEST_F(FileOpsTest, RenameAndCopyRespectExistingTargets) {
   WriteBytes(Temp("a.txt"), "A");
   WriteBytes(Temp("b.txt"), "B");
-  EXPECT_FALSE(RenameTheFile(Name("a.txt"), Name("b.txt")));
+  EXPECT_FALSE(RenameTheFile(TempName("a.txt"), TempName("b.txt")));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(EEXIST));
-  EXPECT_TRUE(RenameTheFile(Name("a.txt"), Name("b.txt"), true));
+  EXPECT_TRUE(RenameTheFile(TempName("a.txt"), TempName("b.txt"), true));
   EXPECT_EQ(ReadBytes(Temp("b.txt")), "A");
-  EXPECT_FALSE(IsExisting(Name("a.txt")));
-  EXPECT_FALSE(RenameTheFile(Name("a.txt"), Name("c.txt")));
-  EXPECT_TRUE(CopyTheFile(Name("b.txt"), Name("c.txt")));
+  EXPECT_FALSE(IsExisting(TempName("a.txt")));
+  EXPECT_FALSE(RenameTheFile(TempName("a.txt"), TempName("c.txt")));
+  EXPECT_TRUE(CopyTheFile(TempName("b.txt"), TempName("c.txt")));
   EXPECT_EQ(ReadBytes(Temp("c.txt")), "A");
-  EXPECT_EQ(GetLastWriteTime(Name("c.txt")), GetLastWriteTime(Name("b.txt")));
+  EXPECT_EQ(GetLastWriteTime(TempName("c.txt")), GetLastWriteTime(TempName("b.txt")));
   WriteBytes(Temp("d.txt"), "D");
-  EXPECT_FALSE(CopyTheFile(Name("b.txt"), Name("d.txt"), true));
+  EXPECT_FALSE(CopyTheFile(TempName("b.txt"), TempName("d.txt"), true));
   EXPECT_EQ(ReadBytes(Temp("d.txt")), "D");
-  EXPECT_TRUE(CopyTheFile(Name("d.txt"), Name("c.txt")));
+  EXPECT_TRUE(CopyTheFile(TempName("d.txt"), TempName("c.txt")));
   EXPECT_EQ(ReadBytes(Temp("c.txt")), "D");
 }
 
 TEST_F(FileOpsTest, ReadOnlyAttribute) {
   WriteBytes(Temp("r.txt"), "x");
-  EXPECT_FALSE(IsReadOnly(Name("r.txt")));
-  EXPECT_TRUE(SetReadOnly(Name("r.txt")));
-  EXPECT_TRUE(IsReadOnly(Name("r.txt")));
-  EXPECT_TRUE(SetReadOnly(Name("r.txt"), false));
-  EXPECT_FALSE(IsReadOnly(Name("r.txt")));
-  EXPECT_FALSE(SetReadOnly(Name("none.txt")));
-  EXPECT_FALSE(IsReadOnly(Name("none.txt")));
+  EXPECT_FALSE(IsReadOnly(TempName("r.txt")));
+  EXPECT_TRUE(SetReadOnly(TempName("r.txt")));
+  EXPECT_TRUE(IsReadOnly(TempName("r.txt")));
+  EXPECT_TRUE(SetReadOnly(TempName("r.txt"), false));
+  EXPECT_FALSE(IsReadOnly(TempName("r.txt")));
+  EXPECT_FALSE(SetReadOnly(TempName("none.txt")));
+  EXPECT_FALSE(IsReadOnly(TempName("none.txt")));
 }
 
 TEST_F(FileOpsTest, LastWriteTimeIsNow) {
   WriteBytes(Temp("t.txt"), "x");
-  const double written = GetLastWriteTime(Name("t.txt"));
+  const double written = GetLastWriteTime(TempName("t.txt"));
   const double now = KwTime::Now().GetTime();
   EXPECT_NEAR(written, now, 5.0 / 86400) << "within five seconds";
-  EXPECT_EQ(GetLastWriteTime(Name("none.txt")), 0);
-  EXPECT_FALSE(IsNetworkDrive(Name("t.txt")));
+  EXPECT_EQ(GetLastWriteTime(TempName("none.txt")), 0);
+  EXPECT_FALSE(IsNetworkDrive(TempName("t.txt")));
 }
 
 TEST_F(FileOpsTest, NamesAndPlaceholders) {

@@ -17,12 +17,10 @@ namespace {
 
 class KwFileTest : public kwtest::PlatformTest {
  protected:
-  std::u16string Name(const std::string& file) const { return Temp(file).u16string(); }
-
   std::vector<std::u16string> ReadLines(const std::string& file, int encoding = -1, char16_t lineEnd = 13,
                                         char16_t eofChar = 26) {
     KwFile f;
-    EXPECT_TRUE(f.Open(Name(file), KwFile::kRead, lineEnd, eofChar, encoding));
+    EXPECT_TRUE(f.Open(TempName(file), KwFile::kRead, lineEnd, eofChar, encoding));
     std::vector<std::u16string> lines;
     std::u16string line;
     while (f.ReadLine(line)) lines.push_back(line);
@@ -31,7 +29,7 @@ class KwFileTest : public kwtest::PlatformTest {
 
   std::u16string ReadAll(const std::string& file, int encoding = -1, int64_t block = 64000) {
     KwFile f;
-    EXPECT_TRUE(f.Open(Name(file), KwFile::kRead, 13, 26, encoding));
+    EXPECT_TRUE(f.Open(TempName(file), KwFile::kRead, 13, 26, encoding));
     std::u16string text;
     std::vector<char16_t> buf(static_cast<size_t>(block));
     for (int64_t n; (n = f.ReadBlock(buf.data(), block)) > 0;) text.append(buf.data(), static_cast<size_t>(n));
@@ -65,7 +63,7 @@ TEST_F(KwFileTest, ReadsEveryEncodingWithAndWithoutMark) {
   for (const Row& row : rows) {
     WriteBytes(Temp("in.txt"), row.bytes);
     KwFile f;
-    ASSERT_TRUE(f.Open(Name("in.txt"), KwFile::kRead, 13, 26, row.encoding)) << row.name;
+    ASSERT_TRUE(f.Open(TempName("in.txt"), KwFile::kRead, 13, 26, row.encoding)) << row.name;
     EXPECT_EQ(f.GetEncoding(), row.detected) << row.name;
     EXPECT_EQ(f.HasByteOrderMark(), row.mark) << row.name;
     f.Close();
@@ -138,7 +136,7 @@ TEST_F(KwFileTest, WritesMarkLineEndsAndEncodings) {
   };
   for (const Row& row : rows) {
     KwFile f;
-    ASSERT_TRUE(f.Open(Name("out.txt"), KwFile::kWrite));
+    ASSERT_TRUE(f.Open(TempName("out.txt"), KwFile::kWrite));
     ASSERT_TRUE(f.SetEncoding(row.encoding, row.mark));
     EXPECT_TRUE(f.WriteLine(u"\u00C4"));
     EXPECT_TRUE(f.WriteLine(u"\u20AC"));
@@ -148,7 +146,7 @@ TEST_F(KwFileTest, WritesMarkLineEndsAndEncodings) {
     EXPECT_EQ(ReadBytes(Temp("out.txt")), row.bytes) << row.encoding << row.mark;
   }
   KwFile lf;
-  ASSERT_TRUE(lf.Open(Name("lf.txt"), KwFile::kWrite, 10));
+  ASSERT_TRUE(lf.Open(TempName("lf.txt"), KwFile::kWrite, 10));
   lf.WriteLine(u"a");
   lf.Write(u"b", 1);
   lf.Close();
@@ -157,17 +155,17 @@ TEST_F(KwFileTest, WritesMarkLineEndsAndEncodings) {
 
 TEST_F(KwFileTest, EmptyFileMarkSetEofAndAppend) {
   KwFile f;
-  ASSERT_TRUE(f.Open(Name("e.txt"), KwFile::kWrite, 13, 26, 1));
+  ASSERT_TRUE(f.Open(TempName("e.txt"), KwFile::kWrite, 13, 26, 1));
   ASSERT_TRUE(f.Close());
   EXPECT_EQ(ReadBytes(Temp("e.txt")), "\xEF\xBB\xBF");  // an empty UTF-8 file keeps its mark
-  ASSERT_TRUE(f.Open(Name("e.txt"), KwFile::kRead));
+  ASSERT_TRUE(f.Open(TempName("e.txt"), KwFile::kRead));
   EXPECT_EQ(f.GetEncoding(), 1);
   EXPECT_TRUE(f.HasByteOrderMark());
   char16_t buf[4];
   EXPECT_EQ(f.ReadBlock(buf, 4), 0);
 
   WriteBytes(Temp("t.txt"), "a long old text that is longer");
-  ASSERT_TRUE(f.Open(Name("t.txt"), KwFile::kWrite, 13, 26, 2));
+  ASSERT_TRUE(f.Open(TempName("t.txt"), KwFile::kWrite, 13, 26, 2));
   f.Write(u"ab", 2);
   ASSERT_TRUE(f.SetEOF());
   EXPECT_EQ(ReadBytes(Temp("t.txt")), std::string("\xFF\xFE" "a\0b\0", 6));
@@ -175,10 +173,10 @@ TEST_F(KwFileTest, EmptyFileMarkSetEofAndAppend) {
   ASSERT_TRUE(f.Close());
   EXPECT_EQ(ReadBytes(Temp("t.txt")), std::string("\xFF\xFE" "a\0b\0c\0", 8));
 
-  ASSERT_TRUE(f.Open(Name("a.txt"), KwFile::kAppend, 13, 26, 1));
+  ASSERT_TRUE(f.Open(TempName("a.txt"), KwFile::kAppend, 13, 26, 1));
   f.WriteLine(u"\u00E4");
   f.Close();
-  ASSERT_TRUE(f.Open(Name("a.txt"), KwFile::kAppend));  // encoding taken from the mark, no second mark
+  ASSERT_TRUE(f.Open(TempName("a.txt"), KwFile::kAppend));  // encoding taken from the mark, no second mark
   EXPECT_EQ(f.GetEncoding(), 1);
   f.WriteLine(u"\u00F6");
   f.Close();
@@ -206,14 +204,14 @@ TEST_F(KwFileTest, ReadingAndWritingUnchangedKeepsEveryByte) {
   for (const Row& row : rows) {
     WriteBytes(Temp("r.txt"), row.bytes);
     KwFile in;
-    ASSERT_TRUE(in.Open(Name("r.txt"), KwFile::kRead, 13, 26, row.encoding));
+    ASSERT_TRUE(in.Open(TempName("r.txt"), KwFile::kRead, 13, 26, row.encoding));
     const bool mark = in.HasByteOrderMark();
     std::u16string text;
     char16_t buf[4097];
     for (int64_t n; (n = in.ReadBlock(buf, 4097)) > 0;) text.append(buf, static_cast<size_t>(n));
     in.Close();
     KwFile out;
-    ASSERT_TRUE(out.Open(Name("w.txt"), KwFile::kWrite));
+    ASSERT_TRUE(out.Open(TempName("w.txt"), KwFile::kWrite));
     out.SetEncoding(row.encoding, mark);
     // Written in pieces that split surrogate pairs.
     for (size_t at = 0; at < text.size(); at += 1001) out.Write(text.data() + at, std::min<int64_t>(1001, static_cast<int64_t>(text.size() - at)));
@@ -224,15 +222,15 @@ TEST_F(KwFileTest, ReadingAndWritingUnchangedKeepsEveryByte) {
 
 TEST_F(KwFileTest, FailuresReportTheSystemError) {
   KwFile f;
-  EXPECT_FALSE(f.Open(Name("missing.txt"), KwFile::kRead));
+  EXPECT_FALSE(f.Open(TempName("missing.txt"), KwFile::kRead));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(ENOENT));
   EXPECT_FALSE(f.IsOpen());
   std::u16string line;
   EXPECT_FALSE(f.ReadLine(line));
   EXPECT_FALSE(f.Write(u"x", 1));
-  EXPECT_FALSE(f.Open(Name("x.txt"), 3));
+  EXPECT_FALSE(f.Open(TempName("x.txt"), 3));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(EINVAL));
-  EXPECT_FALSE(f.Open(Name("no-folder/x.txt"), KwFile::kWrite));
+  EXPECT_FALSE(f.Open(TempName("no-folder/x.txt"), KwFile::kWrite));
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(ENOENT));
   EXPECT_FALSE(f.Open(dir_.u16string(), KwFile::kRead)) << "a folder opens but cannot be read";
   EXPECT_FALSE(f.IsOpen());
@@ -241,11 +239,11 @@ TEST_F(KwFileTest, FailuresReportTheSystemError) {
 TEST_F(KwFileTest, ReadOnlyFileIsNotWritten) {
   KwFile f;
   WriteBytes(Temp("ro.txt"), "old");
-  ASSERT_TRUE(SetReadOnly(Name("ro.txt")));
-  if (KwFile probe; probe.Open(Name("ro.txt"), KwFile::kWrite)) GTEST_SKIP() << "running with rights to write anything";
+  ASSERT_TRUE(SetReadOnly(TempName("ro.txt")));
+  if (KwFile probe; probe.Open(TempName("ro.txt"), KwFile::kWrite)) GTEST_SKIP() << "running with rights to write anything";
   EXPECT_EQ(platform_.GetLastError(), static_cast<uint32_t>(EACCES));
   EXPECT_EQ(ReadBytes(Temp("ro.txt")), "old");
-  ASSERT_TRUE(f.Open(Name("ro.txt"), KwFile::kRead));
+  ASSERT_TRUE(f.Open(TempName("ro.txt"), KwFile::kRead));
   EXPECT_FALSE(f.Write(u"x", 1)) << "a file opened for reading takes no text";
-  EXPECT_EQ(f.GetName(), Name("ro.txt"));
+  EXPECT_EQ(f.GetName(), TempName("ro.txt"));
 }

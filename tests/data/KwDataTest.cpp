@@ -15,8 +15,6 @@ using kw::KwCfgSection;
 using kw::KwConfigData;
 using kw::KwDataSet;
 
-std::u16string U(const std::string& s) { return kw::FromUtf8(s); }
-
 class DataStore : public kwtest::ScopeFilesTest {
  protected:
   static KwCfgSection* Section(const std::u16string& name, const std::u16string& line) {
@@ -154,7 +152,7 @@ TEST_F(DataStore, ExternallyChangedFileAsksBeforeOverwriting) {
     EXPECT_EQ(platform_.boxes[0].caption, u"Question from Data");
     EXPECT_EQ(platform_.boxes[0].helpId, 3040u);
     EXPECT_EQ(platform_.boxes[0].pictureId, 1085u);
-    EXPECT_NE(platform_.boxes[0].text.find(U(Temp("g.ini").string()) + u" was changed"), std::u16string::npos);
+    EXPECT_NE(platform_.boxes[0].text.find(TempName("g.ini") + u" was changed"), std::u16string::npos);
     EXPECT_EQ(ReadBytes(Temp("g.ini")).find("x=mine") != std::string::npos, row.overwritten) << row.answer;
     // After a write the new stamps are recorded: the next save asks nothing.
     if (row.overwritten) {
@@ -191,13 +189,13 @@ TEST_F(DataStore, ReadOnlyAndUnwritableFilesAreReported) {
   store.GetCfgSection(u"A")->SetLine(u"x=2");
   EXPECT_EQ(store.Save(), 0);
   ASSERT_EQ(platform_.boxes.size(), 1u);
-  EXPECT_EQ(platform_.boxes[0].text, u"No write permission given for the file " + U(Temp("g.ini").string()) + u".");
+  EXPECT_EQ(platform_.boxes[0].text, u"No write permission given for the file " + TempName("g.ini") + u".");
   EXPECT_EQ(ReadBytes(Temp("g.ini")), "[A]\nx=1\n");
   EXPECT_EQ(store.GetModified(), 0);  // as loaded; the failed save did not clear anything it should not
 
   // A scope file in a folder that does not exist: reported, unless the store may create folders.
   KwConfigData other;
-  std::u16string names[4] = {u"", U(Temp("missing/g.ini").string()), u"", u""};
+  std::u16string names[4] = {u"", TempName("missing/g.ini"), u"", u""};
   other.SetFileNames(names, 0, 0);
   other.AddDataSet(u"A", 1, Section(u"A", u"x=1"), 0);
   EXPECT_EQ(other.SaveData(), 0);

@@ -11,8 +11,6 @@ namespace {
 using kw::KwMapData;
 using kw::KwMapFields;
 
-std::u16string U(const std::string& s) { return kw::FromUtf8(s); }
-
 class MapData : public kwtest::PlatformTest {};
 
 TEST_F(MapData, AwkwardFieldsRoundTripThroughAFile) {
@@ -23,7 +21,7 @@ TEST_F(MapData, AwkwardFieldsRoundTripThroughAFile) {
   EXPECT_EQ(out.SetRecord(*records, {u"!bang", u""}, {u"short"}), 1);  // padded to two values
   EXPECT_EQ(out.SetRecord(*records, {u"only one key"}, {}), 0);
   out.MakeRecords(u"Empty", kw::kScopeGlobal);
-  const std::u16string file = U(Temp("x.ldx").string());
+  const std::u16string file = TempName("x.ldx");
   ASSERT_EQ(out.SaveFile(file), 1);
 
   KwMapData in(u"POINTS", 2, 2);
@@ -39,16 +37,16 @@ TEST_F(MapData, AwkwardFieldsRoundTripThroughAFile) {
 TEST_F(MapData, LoadResults) {
   WriteBytes(Temp("a.ldx"), "!KWMAP POINTS\n[S]\nk1\tk2\tv1\tv2\tsurplus\nlonely\nk3\tk4\n");
   KwMapData store(u"POINTS", 2, 2);
-  EXPECT_EQ(store.LoadFile(U(Temp("a.ldx").string())), -2);  // "lonely" has too few key fields
+  EXPECT_EQ(store.LoadFile(TempName("a.ldx")), -2);  // "lonely" has too few key fields
   const auto* records = store.GetRecords(u"S");
   ASSERT_NE(records, nullptr);
   EXPECT_EQ(records->size(), 2u);
   EXPECT_EQ(records->at(KwMapFields{u"k1", u"k2"}), (KwMapFields{u"v1", u"v2"}));
 
   WriteBytes(Temp("b.ldx"), "!KWMAP OTHER\n[S]\nk1\tk2\tv\n");
-  EXPECT_EQ(store.LoadFile(U(Temp("b.ldx").string())), -3);
+  EXPECT_EQ(store.LoadFile(TempName("b.ldx")), -3);
   EXPECT_EQ(store.GetCount(), 0);
-  EXPECT_EQ(store.LoadFile(U(Temp("none.ldx").string())), 0);
+  EXPECT_EQ(store.LoadFile(TempName("none.ldx")), 0);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ class ScopeFilesTest : public PlatformTest {
  protected:
   void Names(std::u16string (&names)[4]) const {
     const char* files[4] = {"s.ini", "g.ini", "r.ini", "l.ini"};
-    for (int i = 0; i < 4; ++i) names[i] = kw::FromUtf8(Temp(files[i]).string());
+    for (int i = 0; i < 4; ++i) names[i] = TempName(files[i]);
   }
   void Load(kw::KwConfigData& store) const {
     std::u16string names[4];

@@ -42,6 +42,7 @@ class PlatformTest : public ::testing::Test {
   PlatformTest();
   ~PlatformTest() override;
   std::filesystem::path Temp(const std::string& name) const { return dir_ / name; }
+  std::u16string TempName(const std::string& name) const { return kw::FromUtf8(Temp(name).string()); }
   static void WriteBytes(const std::filesystem::path& path, const std::string& bytes);
   static std::string ReadBytes(const std::filesystem::path& path);
 
