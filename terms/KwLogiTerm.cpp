@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <string_view>
 
 #include "app/StringTable.h"
 #include "base/Assert.h"
@@ -63,12 +62,18 @@ int CompareText(const char16_t* field, int64_t fieldLen, const char16_t* text, i
   return 0;
 }
 
-// The leftmost place of `pattern` in `text`, or -1: StrFind with case and without wildcards, through
-// the standard library's tuned search because it runs once per line.
+// The leftmost place of `pattern` in `text`, or -1: StrFind with case and without wildcards. It runs
+// once per line on a field of a few columns: a plain loop on the first unit beats a general search.
 int64_t FindLiteral(const char16_t* text, int64_t length, const char16_t* pattern, int64_t patLen) {
-  const size_t at = std::u16string_view(text, static_cast<size_t>(length))
-                        .find(std::u16string_view(pattern, static_cast<size_t>(patLen)));
-  return at == std::u16string_view::npos ? -1 : static_cast<int64_t>(at);
+  if (patLen == 0) return 0;
+  const char16_t first = pattern[0];
+  for (int64_t at = 0; at + patLen <= length; ++at) {
+    if (text[at] != first) continue;
+    int64_t k = 1;
+    while (k < patLen && text[at + k] == pattern[k]) ++k;
+    if (k == patLen) return at;
+  }
+  return -1;
 }
 
 }  // namespace
@@ -313,7 +318,11 @@ int KwLogiTerm::CheckFinal(int64_t items, const std::u16string& term, int show) 
   TermField fields[kTermMaxReferences];
   for (int64_t k = 0; k < items; ++k) fields[k] = TermField{trial[k].c_str(), static_cast<int64_t>(trial[k].size())};
   Evaluate(kOnes, show, fields, show ? m_Item : nullptr);
-  for (int64_t k = 0; k < items; ++k) m_MaxLast = std::max(m_MaxLast, m_Item[k].last);
+  m_OtherRows = 0;
+  for (int64_t k = 0; k < items; ++k) {
+    m_MaxLast = std::max(m_MaxLast, m_Item[k].last);
+    if (m_Item[k].rowOffset != 0 || m_Item[k].absRow != 0) m_OtherRows = 1;
+  }
   return 1;
 }
 
@@ -340,24 +349,26 @@ inline double KwLogiTerm::Number(Value& v, const TermField* fields) const {
   return v.number;
 }
 
-int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* fields, int code,
+int KwLogiTerm::EvaluateRelation(Value& leftValue, Value& rightValue, const TermField* fields, int code,
                                  TermReference* widen) const {
   // 1. Items and numbers compare as numbers.
-  if (left.kind < kKindSingleQuoted && right.kind < kKindSingleQuoted && code < 7) {
-    return NumericRelation(Number(left, fields) - Number(right, fields), code);
+  if (leftValue.kind < kKindSingleQuoted && rightValue.kind < kKindSingleQuoted && code < 7) {
+    return NumericRelation(Number(leftValue, fields) - Number(rightValue, fields), code);
   }
   // 2. A text on the left goes to the right, and the order relations turn round with it.
-  if (left.kind >= kKindSingleQuoted) {
+  const Value* left = &leftValue;
+  const Value* right = &rightValue;
+  if (left->kind >= kKindSingleQuoted) {
     std::swap(left, right);
     static const int kSwapped[9] = {0, 1, 2, 4, 3, 6, 5, 7, 8};
     code = kSwapped[code];
   }
-  if (left.kind != kKindItem || right.kind == kKindNumber) return 0;
-  const TermField& f = fields[left.first];
+  if (left->kind != kKindItem || right->kind == kKindNumber) return 0;
+  const TermField& f = fields[left->first];
 
   // 3. Item against item: one contains the other.
-  if (right.kind == kKindItem) {
-    const TermField& g = fields[right.first];
+  if (right->kind == kKindItem) {
+    const TermField& g = fields[right->first];
     bool found;
     if (f.length != g.length) {
       const TermField& longer = f.length > g.length ? f : g;
@@ -371,17 +382,17 @@ int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* field
     return 0;
   }
 
-  const char16_t* text = m_Prepared.data() + right.first - 1;
-  const int64_t textLen = std::max<int64_t>(0, right.last - right.first + 1);
-  const bool star = std::char_traits<char16_t>::find(text, static_cast<size_t>(textLen), u'*') != nullptr;
+  const char16_t* text = m_Prepared.data() + right->first - 1;
+  const int64_t textLen = std::max<int64_t>(0, right->last - right->first + 1);
   // 6. The trial widens a short item to the text it is compared with.
-  if (widen && f.length < textLen && m_Item[left.first].first > 0) {
-    TermReference& r = widen[left.first];
-    r.last = r.first + textLen - 1 + (right.kind == kKindDoubleQuoted && star ? 10 : 0);
+  if (widen && f.length < textLen && m_Item[left->first].first > 0) {
+    const bool star = std::char_traits<char16_t>::find(text, static_cast<size_t>(textLen), u'*') != nullptr;
+    TermReference& r = widen[left->first];
+    r.last = r.first + textLen - 1 + (right->kind == kKindDoubleQuoted && star ? 10 : 0);
   }
 
   // 4. Double quotes: a case-blind pattern with wildcards, found or not.
-  if (right.kind == kKindDoubleQuoted) {
+  if (right->kind == kKindDoubleQuoted) {
     bool found = true;  // a pattern of stars only matches every field
     for (int64_t k = 0; k < textLen; ++k) {
       if (text[k] != u'*') {
@@ -394,16 +405,12 @@ int KwLogiTerm::EvaluateRelation(Value left, Value right, const TermField* field
     return 0;
   }
 
-  // 5. Single quotes: compared literally, at the place where a longer field holds the text.
+  // 5. Single quotes: compared literally, at the place where a longer field holds the text (there it
+  // is equal); a field no longer than the text is compared from its start.
   bool has = f.length > 0;
   int cmp = 0;
-  if (has && f.length > textLen) {
-    const int64_t at = FindLiteral(f.text, f.length, text, textLen);
-    has = at >= 0;
-    if (has) cmp = CompareText(f.text + at, f.length - at, text, textLen);
-  } else if (has) {
-    cmp = CompareText(f.text, f.length, text, textLen);
-  }
+  if (has && f.length > textLen) has = FindLiteral(f.text, f.length, text, textLen) >= 0;
+  else if (has) cmp = CompareText(f.text, f.length, text, textLen);
   switch (code) {
     case 1: case 7: return has && cmp == 0;
     case 2: case 8: return !(has && cmp == 0);
@@ -422,7 +429,7 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, const TermField* field
                         (!m_Need[3] || (values[kValSelected] >= 0 && values[kValFifth] >= 0));
   KW_ASSERT(valuesOk);
   if (!valuesOk) return 0;
-  const double factor = AngleFactor(GetAngleUnit());
+  double factor = 0.0;  // of the angle unit, found at the first function that needs it
 
   // Invariants, checked when compiling: neither stack is ever taken from when empty, and neither holds
   // more than every operand of the term.
@@ -448,6 +455,7 @@ int KwLogiTerm::Evaluate(const int64_t* values, int show, const TermField* field
       Number(stack[top - 1], fields);
       double& x = stack[top - 1].number;
       stack[top - 1].kind = kKindNumber;
+      if (c != u'~' && factor == 0.0) factor = AngleFactor(GetAngleUnit());
       x = c == u'~' ? -x : ApplyFunction(c, x, factor);
     } else if (IsArithmetic(c)) {
       const double b = Number(stack[--top], fields);
@@ -512,16 +520,20 @@ void KwLogiTerm::LineFields(const char16_t* line, int64_t length, TermField* fie
 }
 
 int KwLogiTerm::CalculateResult(const char16_t* line, const int64_t* values, int show) const {
-  const bool ok = m_Valid && !HasDifferentRow();
-  KW_ASSERT(ok);
-  if (!ok) return 0;
   if (!line) line = kEmpty;
   // The line's length, as far as any item reads; four characters a round, never past the zero.
   int64_t len = 0;
   while (len + 4 <= m_MaxLast && line[len] && line[len + 1] && line[len + 2] && line[len + 3]) len += 4;
   while (len < m_MaxLast && line[len]) ++len;
+  return CalculateResult(line, len, values, show);
+}
+
+int KwLogiTerm::CalculateResult(const char16_t* line, int64_t length, const int64_t* values, int show) const {
+  const bool ok = m_Valid && !m_OtherRows && length >= 0 && (line || length == 0);
+  KW_ASSERT(ok);
+  if (!ok) return 0;
   TermField fields[kTermMaxReferences];
-  LineFields(line, len, fields);
+  LineFields(line, length, fields);
   return Evaluate(values, show, fields, nullptr);
 }
 
@@ -542,10 +554,7 @@ int KwLogiTerm::NeedMarkLin() const {
 
 int KwLogiTerm::HasDifferentRow() const {
   KW_ASSERT(m_Valid);
-  if (!m_Valid) return 0;
-  for (int64_t k = 0; k < m_ItemCount; ++k)
-    if (m_Item[k].rowOffset != 0 || m_Item[k].absRow != 0) return 1;
-  return 0;
+  return m_Valid ? m_OtherRows : 0;
 }
 
 int64_t KwLogiTerm::GetTextNumberAreas(int64_t* firsts, int64_t* lasts, int64_t* rowOffsets, int64_t* absRows) const {

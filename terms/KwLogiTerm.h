@@ -50,6 +50,8 @@ class KwLogiTerm : public KwTerm {
   // short or empty field). `values` holds the five caller values (may be null when none is needed).
   // A term with row references is refused (assertion, 0).
   int CalculateResult(const char16_t* line, const int64_t* values, int show) const;
+  // The same over a line of `length` units, read in place (no zero needed): the items read no further.
+  int CalculateResult(const char16_t* line, int64_t length, const int64_t* values, int show) const;
   // The same with one field text per item, in item order.
   int CalculateResult(const std::vector<std::u16string>& fields, const int64_t* values, int show) const;
 
@@ -90,7 +92,8 @@ class KwLogiTerm : public KwTerm {
   Value EvaluateItem(int k, const int64_t* values) const;
   // The number of a value, reading an item's field the first time.
   double Number(Value& v, const TermField* fields) const;
-  int EvaluateRelation(Value left, Value right, const TermField* fields, int code, TermReference* widen) const;
+  // Reads the items' numbers into the values when it needs them.
+  int EvaluateRelation(Value& left, Value& right, const TermField* fields, int code, TermReference* widen) const;
 
   int Fail(int show, uint32_t id, const std::u16string& term);
 
@@ -111,6 +114,7 @@ class KwLogiTerm : public KwTerm {
   int64_t m_ItemCount = 0;
   int64_t m_MaxLast = 0;  // the largest last column, the most the line form reads of a line
   int m_Valid = 0;
+  int m_OtherRows = 0;  // an item names another line than the one evaluated (set when compiled)
   int m_Need[4] = {};     // line number, line length, marked line, selected line and fifth value
 };
 

@@ -202,7 +202,7 @@ TEST_F(LogiTermTest, LineVariablesAndRowReferences) {
 }
 
 // Fields read straight from the line must give the same answers as the same texts given as fields.
-TEST_F(LogiTermTest, LineAndArrayFormsAgree) {
+TEST_F(LogiTermTest, LineLengthAndArrayFormsAgree) {
   std::mt19937 rng(777);
   const char16_t alphabet[] = u"0123456789 .AaBb-";
   const char16_t* terms[] = {u"[1-4]>500 AND [5-8]='Ab'", u"[2-6]$=[8-9] OR [1]<=\"a\"",
@@ -221,6 +221,10 @@ TEST_F(LogiTermTest, LineAndArrayFormsAgree) {
       const std::vector<std::u16string> fields = kwtest::FieldsOf(line, firsts, lasts, count);
       const int a = t.CalculateResult(line.c_str(), nullptr, 0);
       ASSERT_EQ(a, t.CalculateResult(fields, nullptr, 0)) << kw::ToUtf8(term) << " on " << kw::ToUtf8(line);
+      // The form with a length reads nothing behind it (here the rest of a longer text).
+      const std::u16string longer = line + u"Ab0b9.";
+      ASSERT_EQ(a, t.CalculateResult(longer.data(), static_cast<int64_t>(line.size()), nullptr, 0))
+          << kw::ToUtf8(term) << " on " << kw::ToUtf8(line);
       trues += a;
     }
     EXPECT_GT(trues, 0) << kw::ToUtf8(term);  // the lines exercise both answers
