@@ -96,6 +96,8 @@ class SpliceList {
   // Applies the changes to `doc`; the result of ReplaceRanges. A task makes them one undo step by
   // applying them inside one undo group (ApplyBefore may have applied parts already).
   int64_t Apply(KwEditBase& doc);
+  // Whether ApplyBefore(doc, limit) would apply now.
+  bool Due(Index limit) const { return m_Entries.size() >= kEarlyBatch && m_End < limit; }
   // Applies the changes collected so far ahead of Apply, once there are many of them and all end
   // before `limit` (an index of the text as the task found it): a task that reads each line once and
   // changes no end of line keeps its list short so, instead of holding a change for every line of a
@@ -162,28 +164,51 @@ void ForTaskLines(KwEditBase& doc, const TaskLines& lines, const std::u16string&
 
 // What a line selection (kLineAction...) does with the lines it selects, done while the lines are
 // walked: marks are set or cleared at once; lines to delete are gathered as runs of adjacent lines,
-// each one splice taken from the walker's indexes, and deleted together by Finish as one undo step.
+// each one splice taken from the walker's indexes, and deleted as one undo step. When nothing the walk
+// still reads moves with the deletions (every line of the area is walked, no line marks exist and the
+// selection reads only its own line) the runs are deleted in parts behind the walk inside one undo
+// group, so that a large text never holds a run for each of its lines; else all at the end. Either way
+// the undo memory asks about a large deletion once, before anything is deleted.
 class LineAction {
  public:
-  // `lines`: how many lines the task visits at most.
-  LineAction(KwEditBase& doc, int action, int64_t lines);
+  // `lines`: the task's lines; `readsOtherLines`: the selection reads lines other than the current one.
+  LineAction(KwEditBase& doc, int action, const TaskLines& lines, bool readsOtherLines);
+  ~LineAction();
+  LineAction(const LineAction&) = delete;
+  LineAction& operator=(const LineAction&) = delete;
   // The current line of the walk, selected (`hit`) or not.
   void Take(const KwLineWalker& line, bool hit);
   // Deletes the gathered lines. Returns 1 (also when there was nothing to delete), 0 when the change
-  // could not be made; `*deleted` tells whether lines went.
+  // could not be made or the user declined the undo memory's question (nothing was deleted then);
+  // `*deleted` tells whether lines went.
   int Finish(bool* deleted);
 
  private:
   void CloseRun();
+  // Deletes the runs that end before m_Limit, opening the undo group first.
+  void DeleteEarly();
 
   KwEditBase& m_Doc;
   int m_Action;
+  int64_t m_Lines;        // lines the task visits at most
+  Line m_LinesInDoc;      // as the task found the text: the runs' line numbers are of that text
+  bool m_Early = false;   // runs are deleted behind the walk
+  bool m_Group = false;   // an undo group is open for them
+  bool m_Failed = false;  // deleting a part failed
+  bool m_Declined = false;  // the user declined the undo memory's question: nothing is deleted
+  bool m_Deleted = false;
+  int64_t m_Taken = 0;  // lines walked
+  // The line visited before the current one, and the length of its end of line.
+  Line m_PrevLine = -1;
+  int m_PrevEOL = 0;
   // The open run of lines to delete: lines [m_RunFirst, m_RunLast] at [m_RunStart, m_RunEnd).
   Line m_RunFirst = -1;
   Line m_RunLast = -1;
   Index m_RunStart = 0;
   Index m_RunEnd = 0;
   int64_t m_RunLastLength = 0;  // of line m_RunLast, end of line excluded
+  int m_RunEOLBefore = -1;      // end-of-line length of the line before the run, -1 when not visited
+  Index m_Limit = 0;            // chunk start of the current line: runs ending before it may go
   SpliceList m_Changes;
 };
 

@@ -42,16 +42,7 @@ int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
   TaskPane pane(u"EditLineSelect", lines.count);
   execute::TaskWalk walk(*m_Doc, lines);
   execute::TermInput input = execute::MakeInput(*m_Doc, lines, term);
-  // The term reads the line until a zero or its last column: a line that reaches that column is read
-  // in place, a shorter one through a zero-terminated copy.
-  int64_t reach = 0;
-  if (!everyLine && !input.otherRows()) {
-    int64_t firsts[kTermMaxReferences], lasts[kTermMaxReferences], rows[kTermMaxReferences],
-        abs[kTermMaxReferences];
-    const int64_t n = term.GetTextNumberAreas(firsts, lasts, rows, abs);
-    for (int64_t k = 0; k < n; ++k) reach = std::max(reach, lasts[k]);
-  }
-  execute::LineAction action(*m_Doc, p->m_Action, lines.count);
+  execute::LineAction action(*m_Doc, p->m_Action, lines, input.otherRows());
   int64_t ordinal = 0;
   while (walk.Next()) {
     if (!pane.Step(ordinal)) break;
@@ -61,9 +52,8 @@ int KwEditView::ExecuteLineMark(KwLineSelectEvent* event) {
     bool hit = true;
     if (!everyLine) {
       input.Prepare(line.GetLine(), line.GetLength(), ordinal);
-      const char16_t* text = line.GetLength() >= reach ? line.GetText() : line.GetTerminatedText();
       hit = (input.otherRows() ? term.CalculateResult(input.fields(), input.values(), 0)
-                               : term.CalculateResult(text, input.values(), 0)) != 0;
+                               : term.CalculateResult(line.GetText(), line.GetLength(), input.values(), 0)) != 0;
     }
     if (p->m_Invert != 0) hit = !hit;
     if (hit) ++r.changed;

@@ -90,13 +90,26 @@ bool TaskPane::Advance(int64_t done) {
   return m_Pane->Step(static_cast<int>(percent)) != 0;
 }
 
-LineAction::LineAction(KwEditBase& doc, int action, int64_t lines) : m_Doc(doc), m_Action(action) {
+LineAction::LineAction(KwEditBase& doc, int action, const TaskLines& lines, bool readsOtherLines)
+    : m_Doc(doc), m_Action(action), m_Lines(lines.count), m_LinesInDoc(doc.GetLinesInDoc()) {
+  const bool deletes = action == kLineActionDelete || action == kLineActionKeep;
+  m_Early = deletes && !lines.markedOnly && !readsOtherLines && doc.MinLineMark() < 0;
   // Runs of deleted lines are parted by kept ones: at most one run for every two lines. The room is
   // only reserved, so the memory of runs that do not come is never touched.
-  if (action == kLineActionDelete || action == kLineActionKeep) m_Changes.Reserve(lines / 2 + 1, 0);
+  if (deletes && !m_Early) m_Changes.Reserve(lines.count / 2 + 1, 0);
+}
+
+LineAction::~LineAction() {
+  if (m_Group) m_Doc.CloseUndoGroup();
 }
 
 void LineAction::Take(const KwLineWalker& line, bool hit) {
+  if (m_Declined) return;
+  ++m_Taken;
+  const Line previous = m_PrevLine;
+  const int previousEOL = m_PrevEOL;
+  m_PrevLine = line.GetLine();
+  m_PrevEOL = line.GetEOLLength();
   switch (m_Action) {
     case kLineActionMark:
       if (hit) m_Doc.SetLineMark(line.GetLine(), 1);
@@ -112,9 +125,11 @@ void LineAction::Take(const KwLineWalker& line, bool hit) {
   }
   if (!hit) return;
   if (m_RunFirst < 0 || line.GetLine() != m_RunLast + 1) {
+    m_Limit = line.GetChunkStart();
     CloseRun();
     m_RunFirst = line.GetLine();
     m_RunStart = line.GetStart();
+    m_RunEOLBefore = previous == m_RunFirst - 1 ? previousEOL : -1;
   }
   m_RunLast = line.GetLine();
   m_RunEnd = line.GetStart() + line.GetLengthWithEOL();
@@ -127,16 +142,49 @@ void LineAction::CloseRun() {
   // A run up to a last line with text takes the end of line before it along, so that the text ends as
   // it did, without one. The empty line behind a final end of line is no text: deleting the lines
   // before it keeps the final end of line of the lines that stay.
-  if (m_RunLast == m_Doc.GetLinesInDoc() && m_RunFirst > 0 && m_RunLastLength > 0)
-    start = m_Doc.LineStart(m_RunFirst - 1) + m_Doc.LineLength(m_RunFirst - 1, 0);
-  if (m_RunEnd > start) m_Changes.Add(start, m_RunEnd - start, nullptr, 0);
+  if (m_RunLast == m_LinesInDoc && m_RunFirst > 0 && m_RunLastLength > 0) {
+    if (m_RunEOLBefore >= 0) {
+      start -= m_RunEOLBefore;
+    } else {
+      // The line before was not walked, so no run came before this one and the text is unchanged.
+      KW_ASSERT(m_Changes.size() == 0 && !m_Deleted);
+      start = m_Doc.LineStart(m_RunFirst - 1) + m_Doc.LineLength(m_RunFirst - 1, 0);
+    }
+  }
+  if (m_RunEnd > start) {
+    m_Changes.Add(start, m_RunEnd - start, nullptr, 0);
+    m_Deleted = true;
+  }
   m_RunFirst = -1;
+  if (m_Early && m_Changes.Due(m_Limit)) DeleteEarly();
+}
+
+void LineAction::DeleteEarly() {
+  if (!m_Group) {
+    // Sized by the runs to expect at this rate, so that the question comes as it would for the
+    // deletion made in one.
+    const int64_t expected = m_Changes.size() * m_Lines / std::max<int64_t>(m_Taken, 1);
+    if (m_Doc.StartUndoGroup(expected) == 0) {
+      m_Declined = true;
+      return;
+    }
+    m_Group = true;
+  }
+  if (!m_Changes.ApplyBefore(m_Doc, m_Limit)) m_Failed = true;
 }
 
 int LineAction::Finish(bool* deleted) {
+  *deleted = false;
+  if (m_Declined) return 0;
+  m_Limit = 0;  // nothing more early: the rest goes in one
   CloseRun();
-  *deleted = m_Changes.size() > 0;
-  return m_Changes.Apply(m_Doc) < 0 ? 0 : 1;
+  *deleted = m_Deleted;
+  const bool ok = m_Changes.Apply(m_Doc) >= 0 && !m_Failed;
+  if (m_Group) {
+    m_Doc.CloseUndoGroup();
+    m_Group = false;
+  }
+  return ok ? 1 : 0;
 }
 
 void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {

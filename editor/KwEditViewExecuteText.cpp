@@ -179,7 +179,7 @@ int KwEditView::ExecuteLine2(KwLine2Event* event) {
     while (b > a && text[b - 1] == u' ') --b;
     return std::u16string(text + a, static_cast<size_t>(b - a));
   };
-  execute::LineAction action(*m_Doc, p->m_Action, lines.count);
+  execute::LineAction action(*m_Doc, p->m_Action, lines, false);
   std::u16string previous;
   bool havePrevious = false;
   KwExecuteResult& r = m_LastExecute;

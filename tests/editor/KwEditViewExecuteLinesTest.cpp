@@ -99,6 +99,66 @@ TEST_F(ExecuteTest, LineMarkDeleteAndKeepAreOneUndoStepAndMarksFollowTheirLines)
   EXPECT_EQ(Text(), u"a 1\r\nd 9\r\n");
 }
 
+// Tens of thousands of runs are deleted in parts while the walk goes on: the result, the end of the
+// text, the single undo step and the undo memory's single question must be those of one deletion.
+TEST_F(ExecuteTest, LineMarkDeletesManyRunsBehindTheWalkAsOneStep) {
+  std::u16string text, deleted, kept;
+  for (int i = 0; i < 30002; ++i) {
+    // Runs of one and of two lines; the last line (without an end of line) is in a run.
+    const bool go = i % 3 != 0;
+    const std::u16string line = (go ? u"GP " : u"FP ") + std::u16string(1 + i % 7, u'x');
+    text += line;
+    (go ? deleted : kept) += line;
+    if (i < 30001) {
+      text += u"\r\n";
+      (go ? deleted : kept) += u"\r\n";
+    }
+  }
+  // The last kept line loses the end of line that now ends the text.
+  kept.resize(kept.size() - 2);
+  auto fill = [&] {
+    doc_.SetChunkUnits(101);  // odd: CR LF pairs are split between chunks
+    doc_.InitEdit();
+    doc_.SetEOLType(13);
+    doc_.AddText(text, 0, 0);
+    doc_.ResetUndoStack();
+  };
+  fill();
+  platform_.answers = {1};
+  auto e = Select(u"[1-2]='GP'", kw::kLineActionDelete);
+  ASSERT_EQ(view_.ExecuteLineMark(e.get()), 1);
+  EXPECT_EQ(platform_.boxes.size(), 1u);  // the question, once
+  EXPECT_EQ(view_.GetLastExecute().changed, 20001);
+  EXPECT_TRUE(Text() == kept);  // (not EXPECT_EQ: a difference would print megabytes)
+  EXPECT_EQ(doc_.GetLinesInDoc(), 10000);
+  doc_.UndoEdit(nullptr);
+  EXPECT_TRUE(Text() == text);
+  EXPECT_EQ(doc_.Check(), 1);
+  // Keep is the same work the other way round.
+  fill();
+  platform_.answers = {1};
+  e->m_Action = kw::kLineActionKeep;
+  e->m_Invert = 1;
+  ASSERT_EQ(view_.ExecuteLineMark(e.get()), 1);
+  EXPECT_TRUE(Text() == kept);
+  // Declined: nothing is deleted, nothing is recorded.
+  fill();
+  platform_.answers = {-3};
+  ASSERT_EQ(view_.ExecuteLineMark(e.get()), 0);
+  EXPECT_TRUE(Text() == text);
+  EXPECT_FALSE(doc_.CanUndo());
+  // With line marks the deletion waits for the end, and the marks follow their lines.
+  fill();
+  doc_.SetLineMark(30001, 1);
+  doc_.SetLineMark(29997, 1);
+  platform_.answers = {1};
+  e = Select(u"[1-2]='GP'", kw::kLineActionDelete);
+  ASSERT_EQ(view_.ExecuteLineMark(e.get()), 1);
+  EXPECT_TRUE(Text() == kept);
+  EXPECT_EQ(doc_.GetLineMark(9999), 1);
+  EXPECT_EQ(doc_.GetLineMarkCount(0, 10000), 1);
+}
+
 TEST_F(ExecuteTest, LineMarkBadTermOrActionChangesNothing) {
   Fill(kLines);
   auto e = Select(u"[3]>>2", kw::kLineActionDelete);
