@@ -329,6 +329,18 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   const bool tables = !m_LineMarks.empty() || !m_BookMarks.empty() || !m_SyntaxFlags.empty();
   bool lineChanges = false;
   bool overwrite = true;
+  bool lengthens = false;  // a line may come out longer than the longest one so far
+  // Whether [from, to) begins at the start of a line and ends behind an end of line, or at the end of
+  // the text: removing it leaves every other line as long as it was.
+  auto IsWholeLines = [&](const EOLCounter& units, Index from, Index to) {
+    const char16_t before = units.UnitAt(from - 1);
+    const bool starts = from == 0 || before == eol || (eol == kCR && before == kLF && units.UnitAt(from - 2) == kCR);
+    if (!starts) return false;
+    if (to >= m_TotalChars) return true;
+    const char16_t last = units.UnitAt(to - 1);
+    if (eol != kCR) return last == eol;
+    return (last == kCR && units.UnitAt(to) != kLF) || (last == kLF && units.UnitAt(to - 2) == kCR);
+  };
   {
     EOLCounter counter(m_Head, eol);
     for (int64_t k = 0; k < count; ++k) {
@@ -343,6 +355,9 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
                         if (counter.UnitAt(s.at + i) == kLF) return false;
                       return true;
                     }());
+      // A written text may hold a longer line than any; a removal can only lengthen a line by joining
+      // the rest of a line to the one it began in.
+      if (!lengthens) lengthens = s.length > 0 || (gone > 0 && !IsWholeLines(counter, s.at, s.at + s.removed));
       if (inserted == 0 && gone == 0) continue;
       lineChanges = true;
       if (!tables) continue;
@@ -431,7 +446,10 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   auto finish = [&] {
     if (out == nullptr) return;
     int64_t eols = 0;
-    m_LongestLine = std::max(m_LongestLine, LongestInside(out->text, out->used, eol, &eols));
+    if (lengthens)
+      m_LongestLine = std::max(m_LongestLine, LongestInside(out->text, out->used, eol, &eols));
+    else
+      eols = scan::Count(out->text, out->used, eol);
     out->eols = eols;
     m_LinesInDoc += eols;
     out->prev = tail;
@@ -523,7 +541,7 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   ResetCache();
   if (!shifts.empty()) MoveLineTables(shifts);
   if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
-  MeasureEdges(edges);
+  if (lengthens) MeasureEdges(edges);
 }
 
 void KwEditBase::MeasureEdges(std::vector<const tagTEXTDESC*>& edges) {
