@@ -102,6 +102,7 @@ int KwLogiTerm::Compile(const std::u16string& source, const std::u16string& term
 
 int KwLogiTerm::PrepareTerm(const std::u16string& source, const std::u16string& term, int show) {
   m_Valid = 0;
+  m_OneItem = -1;
   for (int& need : m_Need) need = 0;
   m_ConstCount = 0;
   m_ItemCount = 0;
@@ -323,6 +324,20 @@ int KwLogiTerm::CheckFinal(int64_t items, const std::u16string& term, int show) 
     m_MaxLast = std::max(m_MaxLast, m_Item[k].last);
     if (m_Item[k].rowOffset != 0 || m_Item[k].absRow != 0) m_OtherRows = 1;
   }
+  // The commonest selection, one column of the line against one constant, is evaluated without the
+  // stacks; the constant is put on the right, turning the order relations round as rule 2 does.
+  m_OneItem = -1;
+  if (m_WorkLen == 3 && RelationCode(w[2]) != 0 && m_OtherRows == 0) {
+    const bool itemFirst = IsUpper(w[0]) && IsLower(w[1]);
+    const bool itemSecond = IsLower(w[0]) && IsUpper(w[1]);
+    const int item = itemFirst ? w[0] - u'A' : w[1] - u'A';
+    if ((itemFirst || itemSecond) && m_Item[item].first > 0) {
+      static const int kSwapped[9] = {0, 1, 2, 4, 3, 6, 5, 7, 8};
+      m_OneItem = item;
+      m_OneConstant = itemFirst ? w[1] - u'a' : w[0] - u'a';
+      m_OneCode = itemFirst ? RelationCode(w[2]) : kSwapped[RelationCode(w[2])];
+    }
+  }
   return 1;
 }
 
@@ -391,8 +406,12 @@ int KwLogiTerm::EvaluateRelation(Value& leftValue, Value& rightValue, const Term
     r.last = r.first + textLen - 1 + (right->kind == kKindDoubleQuoted && star ? 10 : 0);
   }
 
+  return QuotedRelation(f, text, textLen, right->kind, code);
+}
+
+int KwLogiTerm::QuotedRelation(const TermField& f, const char16_t* text, int64_t textLen, int kind, int code) {
   // 4. Double quotes: a case-blind pattern with wildcards, found or not.
-  if (right->kind == kKindDoubleQuoted) {
+  if (kind == kKindDoubleQuoted) {
     bool found = true;  // a pattern of stars only matches every field
     for (int64_t k = 0; k < textLen; ++k) {
       if (text[k] != u'*') {
@@ -419,6 +438,22 @@ int KwLogiTerm::EvaluateRelation(Value& leftValue, Value& rightValue, const Term
     case 5: return has && cmp <= 0;
     default: return has && cmp >= 0;
   }
+}
+
+int KwLogiTerm::EvaluateOneRelation(const char16_t* line, int64_t length) const {
+  const TermReference& r = m_Item[m_OneItem];
+  const int64_t from = r.first - 1;
+  const int64_t to = std::min(r.last, length);
+  const TermField f = to <= from ? TermField{kEmpty, 0} : TermField{line + from, to - from};
+  const Constant& k = m_Const[m_OneConstant];
+  if (k.kind == kKindNumber) {
+    if (m_OneCode >= 7) return 0;  // a number is no text to contain
+    int error = 0;
+    const double number = f.length > 0 ? GetDouble(f.text, 0, f.length, 1, &error) : 0.0;
+    return NumericRelation(number - k.number, m_OneCode);
+  }
+  return QuotedRelation(f, m_Prepared.data() + k.first - 1, std::max<int64_t>(0, k.last - k.first + 1), k.kind,
+                        m_OneCode);
 }
 
 int KwLogiTerm::Evaluate(const int64_t* values, int show, const TermField* fields, TermReference* widen) const {
@@ -532,6 +567,7 @@ int KwLogiTerm::CalculateResult(const char16_t* line, int64_t length, const int6
   const bool ok = m_Valid && !m_OtherRows && length >= 0 && (line || length == 0);
   KW_ASSERT(ok);
   if (!ok) return 0;
+  if (m_OneItem >= 0) return EvaluateOneRelation(line, length);
   TermField fields[kTermMaxReferences];
   LineFields(line, length, fields);
   return Evaluate(values, show, fields, nullptr);

@@ -95,6 +95,12 @@ class KwLogiTerm : public KwTerm {
   // Reads the items' numbers into the values when it needs them.
   int EvaluateRelation(Value& left, Value& right, const TermField* fields, int code, TermReference* widen) const;
 
+  // Rules 4 and 5 of a relation: the field `f` against a quoted text (kind kKindSingleQuoted or
+  // kKindDoubleQuoted) on its right.
+  static int QuotedRelation(const TermField& f, const char16_t* text, int64_t textLen, int kind, int code);
+  // A term of one relation between a column and a constant (m_OneItem >= 0) over a line.
+  int EvaluateOneRelation(const char16_t* line, int64_t length) const;
+
   int Fail(int show, uint32_t id, const std::u16string& term);
 
   struct Constant {
@@ -115,6 +121,11 @@ class KwLogiTerm : public KwTerm {
   int64_t m_MaxLast = 0;  // the largest last column, the most the line form reads of a line
   int m_Valid = 0;
   int m_OtherRows = 0;  // an item names another line than the one evaluated (set when compiled)
+  // A term of one relation between a column item and a constant: the item, the constant and the
+  // relation code with the constant on the right; m_OneItem -1 for any other term.
+  int m_OneItem = -1;
+  int m_OneConstant = 0;
+  int m_OneCode = 0;
   int m_Need[4] = {};     // line number, line length, marked line, selected line and fifth value
 };
 

@@ -207,7 +207,10 @@ TEST_F(LogiTermTest, LineLengthAndArrayFormsAgree) {
   const char16_t alphabet[] = u"0123456789 .AaBb-";
   const char16_t* terms[] = {u"[1-4]>500 AND [5-8]='Ab'", u"[2-6]$=[8-9] OR [1]<=\"a\"",
                              u"[1-3]+[4-6]*2>=[10-14] | [3]#'b'", u"NOT([1-12]=\"*b?a*\") & [7]>'A'",
-                             u"[10-16]$#'0' AND [11]<5"};
+                             u"[10-16]$#'0' AND [11]<5",
+                             // One relation between a column and a constant takes a shorter way.
+                             u"[3-5]='Ab'", u"'B'<[4]", u"\"*b?\"=[1-6]", u"[2-4]>=50", u"12.5>[1-4]",
+                             u"[5-6]$#'0'", u"[6-8]#'-'"};
   for (const char16_t* term : terms) {
     KwLogiTerm t;
     ASSERT_EQ(t.SetTerm(term, 1), 1);
