@@ -82,19 +82,11 @@ class EOLCounter {
  public:
   EOLCounter(const tagTEXTDESC* head, char16_t eol) : m_Chunk(head), m_EOL(eol) {}
   // End-of-line units in [0, at); `at` must not decrease from call to call.
-  int64_t Before(Index at) {
-    while (m_Chunk->next && m_Start + static_cast<int64_t>(m_Chunk->used) <= at) {
-      m_Count += m_Chunk->eols;
-      m_Start += m_Chunk->used;
-      m_Chunk = m_Chunk->next;
-      m_Offset = 0;
-      m_InChunk = 0;
-    }
-    const int64_t offset = std::min<int64_t>(at - m_Start, m_Chunk->used);
-    m_InChunk += scan::Count(m_Chunk->text + m_Offset, offset - m_Offset, m_EOL);
-    m_Offset = offset;
-    return m_Count + m_InChunk;
-  }
+  int64_t Before(Index at) { return MoveTo(at, true); }
+  // Moves on to `at` without reading the units passed inside a chunk: from here the counts Before
+  // returns are off by the units not read, but their differences stay right (the removed lines of a
+  // splice, when no line number is asked for).
+  void Skip(Index at) { MoveTo(at, false); }
   // The unit at `at`; 0 outside the text.
   char16_t UnitAt(Index at) const {
     const tagTEXTDESC* c = m_Chunk;
@@ -111,6 +103,20 @@ class EOLCounter {
   }
 
  private:
+  int64_t MoveTo(Index at, bool count) {
+    while (m_Chunk->next && m_Start + static_cast<int64_t>(m_Chunk->used) <= at) {
+      m_Count += m_Chunk->eols;
+      m_Start += m_Chunk->used;
+      m_Chunk = m_Chunk->next;
+      m_Offset = 0;
+      m_InChunk = 0;
+    }
+    const int64_t offset = std::min<int64_t>(at - m_Start, m_Chunk->used);
+    if (count) m_InChunk += scan::Count(m_Chunk->text + m_Offset, offset - m_Offset, m_EOL);
+    m_Offset = offset;
+    return m_Count + m_InChunk;
+  }
+
   const tagTEXTDESC* m_Chunk;
   char16_t m_EOL;
   Index m_Start = 0;      // index of m_Chunk->text[0]
@@ -346,6 +352,8 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
     for (int64_t k = 0; k < count; ++k) {
       const Splice& s = splices[k];
       const int64_t inserted = CountEOLs(s.text, s.length);
+      // The line numbers are needed only to move the tables; else only the removed lines are counted.
+      if (!tables) counter.Skip(s.at);
       const int64_t before = counter.Before(s.at);
       const int64_t gone = s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
       if (overwrite)
