@@ -466,6 +466,9 @@ class KwEditBase {
   // One per splice that changes lines: millions for a task that deletes lines all over a large text.
   using LineShifts = std::vector<LineShift, LargeBlockAllocator<LineShift>>;
   // Raises the longest line by the first and last lines of the given chunks (sorted here).
+  // ApplySplices for splices that only remove text and lengthen no line; `removedEOLs[k]` holds the
+  // ends of line splice k removes; `*formFeeds` (when given) is set once a removed unit is a form feed.
+  void RemoveInPlace(const Splice* splices, int64_t count, const int64_t* removedEOLs, bool* formFeeds);
   void MeasureEdges(std::vector<const tagTEXTDESC*>& edges);
   // Moves the line marks, bookmarks and syntax flags for ascending shifts in one pass.
   void MoveLineTables(const LineShifts& shifts);

@@ -105,14 +105,19 @@ class EOLCounter {
  private:
   int64_t MoveTo(Index at, bool count) {
     while (m_Chunk->next && m_Start + static_cast<int64_t>(m_Chunk->used) <= at) {
-      m_Count += m_Chunk->eols;
+      // A chunk read whole counts by its own count; one with units passed unread by what was read
+      // of it and its rest, so that the skipped units stay out of every later count as well.
+      m_Count += m_Exact ? m_Chunk->eols
+                         : m_InChunk + scan::Count(m_Chunk->text + m_Offset, m_Chunk->used - m_Offset, m_EOL);
       m_Start += m_Chunk->used;
       m_Chunk = m_Chunk->next;
       m_Offset = 0;
       m_InChunk = 0;
+      m_Exact = true;
     }
     const int64_t offset = std::min<int64_t>(at - m_Start, m_Chunk->used);
     if (count) m_InChunk += scan::Count(m_Chunk->text + m_Offset, offset - m_Offset, m_EOL);
+    else if (offset > m_Offset) m_Exact = false;
     m_Offset = offset;
     return m_Count + m_InChunk;
   }
@@ -122,7 +127,8 @@ class EOLCounter {
   Index m_Start = 0;      // index of m_Chunk->text[0]
   int64_t m_Count = 0;    // end-of-line units before m_Chunk
   int64_t m_Offset = 0;   // counted in m_Chunk up to here
-  int64_t m_InChunk = 0;  // end-of-line units in m_Chunk->text[0, m_Offset)
+  int64_t m_InChunk = 0;  // end-of-line units in m_Chunk->text[0, m_Offset) (those read, see m_Exact)
+  bool m_Exact = true;    // no unit of m_Chunk before m_Offset was skipped
 };
 
 // The length of the longest line that lies wholly in text[0, n) (from behind one end of line to the
@@ -336,17 +342,23 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   bool lineChanges = false;
   bool overwrite = true;
   bool lengthens = false;  // a line may come out longer than the longest one so far
-  // Whether [from, to) begins at the start of a line and ends behind an end of line, or at the end of
-  // the text: removing it leaves every other line as long as it was.
+  // Whether [from, to) reaches the end of the text, or begins at the start of a line and ends behind
+  // an end of line: removing it lengthens no line.
   auto IsWholeLines = [&](const EOLCounter& units, Index from, Index to) {
+    if (to >= m_TotalChars) return true;
     const char16_t before = units.UnitAt(from - 1);
     const bool starts = from == 0 || before == eol || (eol == kCR && before == kLF && units.UnitAt(from - 2) == kCR);
     if (!starts) return false;
-    if (to >= m_TotalChars) return true;
     const char16_t last = units.UnitAt(to - 1);
     if (eol != kCR) return last == eol;
     return (last == kCR && units.UnitAt(to) != kLF) || (last == kLF && units.UnitAt(to - 2) == kCR);
   };
+  // Removals only (the lines a task deletes) are made inside each chunk, with the ends of line each
+  // one removes counted here.
+  bool removalsOnly = true;
+  for (int64_t k = 0; k < count && removalsOnly; ++k) removalsOnly = splices[k].length == 0;
+  std::vector<int64_t> removedEOLs;
+  if (removalsOnly) removedEOLs.resize(static_cast<size_t>(count));
   {
     EOLCounter counter(m_Head, eol);
     for (int64_t k = 0; k < count; ++k) {
@@ -356,6 +368,7 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       if (!tables) counter.Skip(s.at);
       const int64_t before = counter.Before(s.at);
       const int64_t gone = s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
+      if (removalsOnly) removedEOLs[static_cast<size_t>(k)] = gone;
       if (overwrite)
         overwrite = s.length == s.removed && inserted == 0 && gone == 0 && plain(s.text, s.length) &&
                     (eol != kCR || [&] {
@@ -407,6 +420,14 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
     }
     ResetCache();
     if (formFeeds) BuildFFTable();
+    return;
+  }
+
+  if (removalsOnly && !lengthens) {
+    RemoveInPlace(splices, count, removedEOLs.data(), checkRemoved ? &formFeeds : nullptr);
+    ResetCache();
+    if (!shifts.empty()) MoveLineTables(shifts);
+    if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
     return;
   }
 
@@ -550,6 +571,57 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
   if (!shifts.empty()) MoveLineTables(shifts);
   if (formFeeds || (lineChanges && !m_FFTable.empty())) BuildFFTable();
   if (lengthens) MeasureEdges(edges);
+}
+
+void KwEditBase::RemoveInPlace(const Splice* splices, int64_t count, const int64_t* removedEOLs, bool* formFeeds) {
+  // Each chunk keeps its buffer: the units behind a removal move up inside it. Nothing is allocated,
+  // and a chunk's ends of line are its old ones less the removed ones (counted only for the part of a
+  // removal that spans chunks), so the kept text is not read again.
+  const char16_t eol = m_EOLText[0];
+  m_Cache = LinePos();  // the chunks change under it; made again by the caller
+  Index cs = 0;
+  tagTEXTDESC* c = SeekElement(splices[0].at, &cs, nullptr);
+  int64_t k = 0;
+  while (c != nullptr && k < count) {
+    const Index ce = cs + static_cast<int64_t>(c->used);
+    char16_t* text = c->text;
+    int64_t write = -1;  // where the next kept units go; -1 until the first removal in the chunk
+    int64_t read = 0;    // the first old unit not yet placed
+    int64_t eols = 0;    // removed from this chunk
+    while (k < count && splices[k].at < ce) {
+      const Splice& s = splices[k];
+      const Index from = std::max(s.at, cs);
+      const Index to = std::min(s.at + s.removed, ce);
+      const int64_t a = from - cs, b = to - cs;
+      if (write < 0) {
+        write = a;
+      } else if (a > read) {
+        std::memmove(text + write, text + read, static_cast<size_t>(a - read) * sizeof(char16_t));
+        write += a - read;
+      }
+      if (formFeeds != nullptr && !*formFeeds)
+        *formFeeds = std::char_traits<char16_t>::find(text + a, static_cast<size_t>(b - a), kFormFeed) != nullptr;
+      const bool whole = from == s.at && to == s.at + s.removed;
+      eols += whole ? removedEOLs[k] : scan::Count(text + a, b - a, eol);
+      read = b;
+      if (to < s.at + s.removed) break;  // it goes on in the next chunk
+      ++k;
+    }
+    tagTEXTDESC* next = c->next;
+    if (write >= 0) {
+      const int64_t tail = static_cast<int64_t>(c->used) - read;
+      if (tail > 0 && read > write)
+        std::memmove(text + write, text + read, static_cast<size_t>(tail) * sizeof(char16_t));
+      m_TotalChars -= read - write;
+      c->used = static_cast<uint32_t>(write + tail);
+      c->eols -= eols;
+      m_LinesInDoc -= eols;
+      // Only a text's sole chunk may be empty.
+      if (c->used == 0 && (c->prev != nullptr || c->next != nullptr)) RemoveElement(c);
+    }
+    cs = ce;
+    c = next;
+  }
 }
 
 void KwEditBase::MeasureEdges(std::vector<const tagTEXTDESC*>& edges) {
