@@ -2,6 +2,7 @@
 #include "editor/KwEditBase.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -9,6 +10,7 @@
 #include "app/KwWinApp.h"
 #include "app/QueryBox.h"
 #include "base/Assert.h"
+#include "editor/KwEditBaseRecount.h"
 #include "editor/KwEditBaseScan.h"
 #include "editor/KwEditUndo.h"
 #include "platform/Memory.h"
@@ -160,6 +162,101 @@ int64_t KwEditBase::CountEOLs(const char16_t* p, int64_t n) const { return scan:
 
 // ---- Recount -------------------------------------------------------------------------------------------
 
+namespace {
+
+// Counts the ends of line in p[0, n), one chunk of the stream, for the end-of-line unit `eol`; with CR an
+// LF right behind a CR belongs to that end of line and is no unit of the next line. `*line` is the
+// length of the line running in from the chunks before and `*skipLF` whether p[0] may be the LF of a
+// pair begun there; both are left for the next chunk. Every line ending here raises `*longest`;
+// `*formFeed` is set when a unit is a form feed. Returns the number of ends of line.
+int64_t CountChunk(const char16_t* p, int64_t n, char16_t eol, int64_t* line, bool* skipLF, int64_t* longest,
+                   bool* formFeed) {
+  if (n == 0) return 0;
+  const bool pairs = eol == kCR;
+  // `base` is where the running line starts, in p's positions: before p[0] for a line begun earlier.
+  int64_t base = *skipLF && p[0] == kLF ? 1 : -*line;
+  int64_t eols = 0;
+  int64_t most = *longest;
+  auto end = [&](int64_t k) {
+    const int64_t length = k - base;
+    if (length > most) most = length;
+    ++eols;
+    base = k + 1;
+    if (pairs && k + 1 < n && p[k + 1] == kLF) base = k + 2;
+  };
+  int64_t i = 0;
+  bool ff = false;
+#if defined(__SSE2__)
+  // Sixteen units a step: one bit per unit for the end-of-line units, form feeds only or-ed together.
+  const __m128i e = _mm_set1_epi16(static_cast<short>(eol));
+  const __m128i f = _mm_set1_epi16(static_cast<short>(KwEditBase::kFormFeed));
+  __m128i feeds = _mm_setzero_si128();
+  for (; i + 16 <= n; i += 16) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i + 8));
+    feeds = _mm_or_si128(feeds, _mm_or_si128(_mm_cmpeq_epi16(a, f), _mm_cmpeq_epi16(b, f)));
+    auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(a, e), _mm_cmpeq_epi16(b, e))));
+    while (mask != 0) {
+      end(i + std::countr_zero(mask));
+      mask &= mask - 1;
+    }
+  }
+  ff = _mm_movemask_epi8(feeds) != 0;
+#endif
+  for (; i < n; ++i) {
+    if (p[i] == eol) end(i);
+    ff = ff || p[i] == KwEditBase::kFormFeed;
+  }
+  *line = n - base;
+  *skipLF = pairs && p[n - 1] == kCR;
+  *longest = most;
+  if (ff) *formFeed = true;
+  return eols;
+}
+
+}  // namespace
+
+KwEditBase::Recount::Recount(KwEditBase& doc) : doc_(doc) {
+  doc_.m_TotalChars = 0;
+  doc_.m_LinesInDoc = 0;
+  doc_.m_LongestLine = 0;
+  doc_.m_Cache = LinePos();
+}
+
+bool KwEditBase::Recount::Add(tagTEXTDESC* chunk) {
+  KW_ASSERT(!cut_ && chunk != nullptr && chunk->prev == last_);
+  if (cut_ || chunk == nullptr) return false;
+  KwEditBase& d = doc_;
+  if (d.m_TotalChars + chunk->used > d.m_MaxChars) {
+    chunk->used = static_cast<uint32_t>(std::max<int64_t>(0, d.m_MaxChars - d.m_TotalChars));
+    cut_ = true;
+  }
+  d.m_TotalChars += chunk->used;
+  chunk->eols = CountChunk(chunk->text, chunk->used, d.m_EOLText[0], &lineLength_, &skipLF_, &d.m_LongestLine,
+                           &formFeed_);
+  d.m_LinesInDoc += chunk->eols;
+  if (!d.m_LineMarks.empty() && d.m_LinesInDoc + 1 >= d.m_LineMarkCapacity) d.InitLineMarks(d.m_LinesInDoc + 1);
+  if (chunk->used == 0 && chunk != d.m_Head)
+    d.RemoveElement(chunk);
+  else
+    last_ = chunk;
+  return !cut_;
+}
+
+void KwEditBase::Recount::Finish(int clearMarks) {
+  KwEditBase& d = doc_;
+  if (lineLength_ > d.m_LongestLine) d.m_LongestLine = lineLength_;
+  if (cut_) {
+    while (last_->next) d.RemoveElement(last_->next);
+    QueryBox(u"EditBase", 0, 1090, 1, 1909u, d.m_MaxChars);
+  }
+  if (d.m_SyntaxColoring && static_cast<int64_t>(d.m_SyntaxFlags.size()) < d.m_LinesInDoc + 1)
+    d.m_SyntaxFlags.assign(static_cast<size_t>(d.m_LinesInDoc + 1001), 0);
+  d.ResetCache();
+  d.m_StickKind = 0;
+  if (clearMarks) d.ClearLineMarks();
+}
+
 // Recount after a load or an EOL change:
 // 1. totals, line count and longest line restart at 0;
 // 2. a chunk that would pass the maximum characters is cut to what is left (message 1909) and every
@@ -168,65 +265,17 @@ int64_t KwEditBase::CountEOLs(const char16_t* p, int64_t n) const { return scan:
 //    array grows in steps of kMarkGrowLines when marks exist and lines outgrow it;
 // 4. the syntax flags are re-made when colouring is on and they are too few;
 // 5. the cache, the stick selection and (clearMarks 1) the line marks are reset.
+// A load makes the same steps through Recount as it reads the chunks (see ReadBlocks).
 void KwEditBase::InitText(int clearMarks) {
   KW_ASSERT(m_Head != nullptr);
-  m_TotalChars = 0;
-  m_LinesInDoc = 0;
-  m_LongestLine = 0;
-  m_Cache = LinePos();  // the chunk counts are stale until the end
+  Recount recount(*this);
   if (m_Head == nullptr) return;
-  const char16_t eol = m_EOLText[0];
-  int64_t lineLength = 0;
-  bool cut = false;
-  bool skipLF = false;  // the chunk starts with the LF of a CR LF pair begun in the previous chunk
   for (tagTEXTDESC* c = m_Head; c;) {
-    if (cut) {
-      tagTEXTDESC* next = c->next;
-      RemoveElement(c);
-      c = next;
-      continue;
-    }
-    if (m_TotalChars + c->used > m_MaxChars) {
-      c->used = static_cast<uint32_t>(std::max<int64_t>(0, m_MaxChars - m_TotalChars));
-      cut = true;
-    }
-    m_TotalChars += c->used;
-    const char16_t* p = c->text;
-    const int64_t n = c->used;
-    int64_t o = 0;
-    int64_t eols = 0;
-    if (skipLF && n > 0 && p[0] == kLF) o = 1;
-    skipLF = false;
-    for (;;) {
-      const int64_t f = scan::Find(p + o, n - o, eol);
-      if (o + f >= n) {
-        lineLength += n - o;
-        break;
-      }
-      lineLength += f;
-      if (lineLength > m_LongestLine) m_LongestLine = lineLength;
-      lineLength = 0;
-      ++eols;
-      o += f + 1;
-      if (eol == kCR) {
-        if (o < n && p[o] == kLF) ++o;
-        else if (o == n) skipLF = true;
-      }
-    }
-    c->eols = eols;
-    m_LinesInDoc += eols;
-    if (!m_LineMarks.empty() && m_LinesInDoc + 1 >= m_LineMarkCapacity) InitLineMarks(m_LinesInDoc + 1);
-    tagTEXTDESC* next = c->next;
-    if (c->used == 0 && c != m_Head) RemoveElement(c);
+    tagTEXTDESC* next = c->next;  // Add may free an empty chunk
+    if (!recount.Add(c)) break;
     c = next;
   }
-  if (lineLength > m_LongestLine) m_LongestLine = lineLength;
-  if (cut) QueryBox(u"EditBase", 0, 1090, 1, 1909u, m_MaxChars);
-  if (m_SyntaxColoring && static_cast<int64_t>(m_SyntaxFlags.size()) < m_LinesInDoc + 1)
-    m_SyntaxFlags.assign(static_cast<size_t>(m_LinesInDoc + 1001), 0);
-  ResetCache();
-  m_StickKind = 0;
-  if (clearMarks) ClearLineMarks();
+  recount.Finish(clearMarks);
 }
 
 // ---- Line lookup ------------------------------------------------------------------------------------

@@ -524,6 +524,8 @@ class KwEditBase {
 
   // Recount after a load or an EOL change (see the .cpp for the steps).
   void InitText(int clearMarks);
+  // The same recount one chunk at a time (editor/KwEditBaseRecount.h), shared by InitText and the load.
+  class Recount;
   // The edit primitive: replaces `removed` units at `start` by `length` units of `text` (null: blanks).
   // Keeps counts, chunk line counts, marks, bookmarks, form feeds and syntax flags. No undo.
   void ReplaceText(Index start, int64_t removed, const char16_t* text, int64_t length);

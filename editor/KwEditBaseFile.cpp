@@ -13,6 +13,7 @@
 #include "base/FileOps.h"
 #include "base/KwFile.h"
 #include "editor/KwEditBase.h"
+#include "editor/KwEditBaseRecount.h"
 #include "editor/KwEditUndo.h"
 #include "platform/Memory.h"
 #include "platform/Platform.h"
@@ -124,10 +125,25 @@ int KwEditBase::ReadBlocks(const std::u16string& name, int mode, KwProgress* pro
     read = ReadFull(file, skip.data(), m_ChunkUnits);
     if (read < m_ChunkUnits) return 1;  // nothing lies behind the first block
   }
+  m_EOLText[0] = lineEnd == 10 ? kLF : kCR;
+  m_EOLText[1] = lineEnd == 10 ? 0 : kLF;
+  m_EOLText[2] = 0;
+  m_EOLLength = lineEnd == 10 ? 1 : 2;
+  // Each chunk is counted as soon as it is read, while its units are still in the cache; appending
+  // counts the chunks already there first.
+  Recount recount(*this);
+  bool whole = true;  // nothing was cut at the maximum characters
   tagTEXTDESC* tail = m_Head;
-  while (tail->next) tail = tail->next;
+  if (mode == 2) {
+    for (tagTEXTDESC* c = m_Head; c && whole;) {
+      tagTEXTDESC* next = c->next;  // Add may free an empty chunk
+      whole = recount.Add(c);
+      c = next;
+    }
+    while (tail->next) tail = tail->next;
+  }
   int result = 1;
-  for (bool first = true;; first = false) {
+  for (bool first = true; whole; first = false) {
     tagTEXTDESC* chunk = first && mode != 2 ? m_Head : NewElement(m_ChunkUnits);
     if (chunk == nullptr) break;  // out of memory: keep what was read
     if (chunk->capacity < m_ChunkUnits) break;
@@ -147,6 +163,7 @@ int KwEditBase::ReadBlocks(const std::u16string& name, int mode, KwProgress* pro
       InsertAfter(tail, chunk);
       tail = chunk;
     }
+    whole = recount.Add(chunk);  // a cut keeps nothing behind it: reading stops below
     read += n;
     if (n < m_ChunkUnits) break;
     if (mode == 1) {
@@ -158,12 +175,12 @@ int KwEditBase::ReadBlocks(const std::u16string& name, int mode, KwProgress* pro
       if (!progress->Step(static_cast<int>(fromPercent + (toPercent - fromPercent) * done))) break;
     }
   }
-  m_EOLText[0] = lineEnd == 10 ? kLF : kCR;
-  m_EOLText[1] = lineEnd == 10 ? 0 : kLF;
-  m_EOLText[2] = 0;
-  m_EOLLength = lineEnd == 10 ? 1 : 2;
-  InitText(1);
-  BuildFFTable();
+  recount.Finish(1);
+  // The form-feed lines are looked for only when the count met a form feed.
+  if (recount.SawFormFeed())
+    BuildFFTable();
+  else
+    m_FFTable.clear();
   m_Encoding = encoding;
   m_ByteOrderMark = file.HasByteOrderMark();
   m_DocName = name;
