@@ -27,8 +27,8 @@ std::string_view MarkOf(int encoding) {
   }
 }
 
-bool StartsWith(const std::vector<char>& bytes, std::string_view mark) {
-  return !mark.empty() && bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
+bool StartsWith(std::string_view bytes, std::string_view mark) {
+  return !mark.empty() && bytes.substr(0, mark.size()) == mark;
 }
 
 }  // namespace
@@ -81,12 +81,12 @@ bool KwFile::Open(const std::u16string& name, int mode, char16_t lineEnd, char16
     }
     if (encoding == -1) {
       for (int e : {kEncodingUtf8, kEncodingUtf16LE, kEncodingUtf16BE})
-        if (StartsWith(in_, MarkOf(e))) {
+        if (StartsWith({in_.data(), in_.size()}, MarkOf(e))) {
           encoding_ = e;
           break;
         }
     }
-    byteOrderMark_ = StartsWith(in_, MarkOf(encoding_));
+    byteOrderMark_ = StartsWith({in_.data(), in_.size()}, MarkOf(encoding_));
     if (byteOrderMark_) inPos_ = MarkOf(encoding_).size();
     return true;
   }

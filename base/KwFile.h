@@ -15,8 +15,10 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kw {
@@ -87,8 +89,27 @@ class KwFile {
   bool failed_ = false;
   int usedDefault_ = 0;
 
+  // A vector whose new elements are left uninitialised: the read buffer is filled by the file at once,
+  // and zeroing it first would cost one more pass over every block read.
+  template <class T>
+  struct UninitializedAllocator : std::allocator<T> {
+    template <class U>
+    struct rebind {
+      using other = UninitializedAllocator<U>;
+    };
+    template <class U>
+    void construct(U* p) noexcept {
+      ::new (static_cast<void*>(p)) U;
+    }
+    template <class U, class... Args>
+    void construct(U* p, Args&&... args) {
+      ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+  };
+  using ByteBuffer = std::vector<char, UninitializedAllocator<char>>;
+
   // Reading: invariant inPos_ <= in_.size(); bytes [inPos_, in_.size()) are read but not decoded.
-  std::vector<char> in_;
+  ByteBuffer in_;
   size_t inPos_ = 0;
   // Reading: decoded units not yet handed out are units_[unitPos_, units_.size()).
   std::u16string units_;
