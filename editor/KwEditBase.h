@@ -43,6 +43,9 @@ struct KwTextSplice {
   int64_t removed;
   const char16_t* text;  // borrowed; may be null when `length` is 0
   int64_t length;
+  // The end-of-line characters in the removed text when the caller knows them (a task deleting lines
+  // it has walked), so that the text need not be read again; -1: counted from the text.
+  int64_t removedEOLs = -1;
 };
 
 // One chunk of the text stream.

@@ -312,7 +312,7 @@ int64_t KwEditBase::ApplyAndRecord(const Splice* in, int64_t n) {
   std::vector<Splice, LargeBlockAllocator<Splice>> splices(static_cast<size_t>(n));
   const char16_t* w = newText;
   for (int64_t i = 0; i < n; ++i) {
-    splices[static_cast<size_t>(i)] = {in[i].at, in[i].removed, w, in[i].length};
+    splices[static_cast<size_t>(i)] = {in[i].at, in[i].removed, w, in[i].length, in[i].removedEOLs};
     w += in[i].length;
   }
   ApplySplices(splices.data(), n);
@@ -365,9 +365,10 @@ void KwEditBase::ApplySplices(const Splice* splices, int64_t count) {
       const Splice& s = splices[k];
       const int64_t inserted = CountEOLs(s.text, s.length);
       // The line numbers are needed only to move the tables; else only the removed lines are counted.
-      if (!tables) counter.Skip(s.at);
-      const int64_t before = counter.Before(s.at);
-      const int64_t gone = s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
+      const bool told = !tables && s.removedEOLs >= 0;
+      if (!tables) counter.Skip(told ? s.at + s.removed : s.at);
+      const int64_t before = told ? 0 : counter.Before(s.at);
+      const int64_t gone = told ? s.removedEOLs : s.removed > 0 ? counter.Before(s.at + s.removed) - before : 0;
       if (removalsOnly) removedEOLs[static_cast<size_t>(k)] = gone;
       if (overwrite)
         overwrite = s.length == s.removed && inserted == 0 && gone == 0 && plain(s.text, s.length) &&

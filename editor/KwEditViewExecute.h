@@ -88,7 +88,8 @@ class SpliceList {
     m_Units.reserve(static_cast<size_t>(units));
   }
   // `at` must not lie before the end of the previous splice.
-  void Add(Index at, int64_t removed, const char16_t* text, int64_t length);
+  // `removedEOLs`: the ends of line in the removed text when known, else -1 (see KwTextSplice).
+  void Add(Index at, int64_t removed, const char16_t* text, int64_t length, int64_t removedEOLs = -1);
   void Add(Index at, int64_t removed, const std::u16string& text) {
     Add(at, removed, text.data(), static_cast<int64_t>(text.size()));
   }
@@ -207,6 +208,7 @@ class LineAction {
   Index m_RunStart = 0;
   Index m_RunEnd = 0;
   int64_t m_RunLastLength = 0;  // of line m_RunLast, end of line excluded
+  bool m_RunLastEnded = false;  // line m_RunLast has an end of line
   int m_RunEOLBefore = -1;      // end-of-line length of the line before the run, -1 when not visited
   Index m_Limit = 0;            // chunk start of the current line: runs ending before it may go
   SpliceList m_Changes;

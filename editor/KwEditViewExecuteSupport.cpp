@@ -134,11 +134,14 @@ void LineAction::Take(const KwLineWalker& line, bool hit) {
   m_RunLast = line.GetLine();
   m_RunEnd = line.GetStart() + line.GetLengthWithEOL();
   m_RunLastLength = line.GetLength();
+  m_RunLastEnded = line.GetEOLLength() > 0;
 }
 
 void LineAction::CloseRun() {
   if (m_RunFirst < 0) return;
   Index start = m_RunStart;
+  // Each line of the run ends with one end-of-line character, but for a last line without one.
+  int64_t eols = m_RunLast - m_RunFirst + (m_RunLastEnded ? 1 : 0);
   // A run up to a last line with text takes the end of line before it along, so that the text ends as
   // it did, without one. The empty line behind a final end of line is no text: deleting the lines
   // before it keeps the final end of line of the lines that stay.
@@ -150,9 +153,10 @@ void LineAction::CloseRun() {
       KW_ASSERT(m_Changes.size() == 0 && !m_Deleted);
       start = m_Doc.LineStart(m_RunFirst - 1) + m_Doc.LineLength(m_RunFirst - 1, 0);
     }
+    ++eols;  // the end of line before the run
   }
   if (m_RunEnd > start) {
-    m_Changes.Add(start, m_RunEnd - start, nullptr, 0);
+    m_Changes.Add(start, m_RunEnd - start, nullptr, 0, eols);
     m_Deleted = true;
   }
   m_RunFirst = -1;
@@ -187,11 +191,11 @@ int LineAction::Finish(bool* deleted) {
   return ok ? 1 : 0;
 }
 
-void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length) {
+void SpliceList::Add(Index at, int64_t removed, const char16_t* text, int64_t length, int64_t removedEOLs) {
   m_End = at + removed;
   at += m_Shift;
   KW_ASSERT(m_Entries.empty() || at >= m_Entries.back().at + m_Entries.back().removed);
-  m_Entries.push_back({at, removed, nullptr, length});
+  m_Entries.push_back({at, removed, nullptr, length, removedEOLs});
   m_Offsets.push_back(m_Units.size());
   m_Pending += length - removed;
   if (length > 0) m_Units.append(text, static_cast<size_t>(length));

@@ -131,6 +131,7 @@ TEST_F(ExecuteTest, LineMarkDeletesManyRunsBehindTheWalkAsOneStep) {
   EXPECT_EQ(view_.GetLastExecute().changed, 20001);
   EXPECT_TRUE(Text() == kept);  // (not EXPECT_EQ: a difference would print megabytes)
   EXPECT_EQ(doc_.GetLinesInDoc(), 10000);
+  EXPECT_EQ(doc_.Check(), 1);
   doc_.UndoEdit(nullptr);
   EXPECT_TRUE(Text() == text);
   EXPECT_EQ(doc_.Check(), 1);
@@ -141,6 +142,7 @@ TEST_F(ExecuteTest, LineMarkDeletesManyRunsBehindTheWalkAsOneStep) {
   e->m_Invert = 1;
   ASSERT_EQ(view_.ExecuteLineMark(e.get()), 1);
   EXPECT_TRUE(Text() == kept);
+  EXPECT_EQ(doc_.Check(), 1);
   // Declined: nothing is deleted, nothing is recorded.
   fill();
   platform_.answers = {-3};
