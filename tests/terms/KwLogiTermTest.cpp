@@ -210,7 +210,7 @@ TEST_F(LogiTermTest, LineLengthAndArrayFormsAgree) {
                              u"[10-16]$#'0' AND [11]<5",
                              // One relation between a column and a constant takes a shorter way.
                              u"[3-5]='Ab'", u"'B'<[4]", u"\"*b?\"=[1-6]", u"[2-4]>=50", u"12.5>[1-4]",
-                             u"[5-6]$#'0'", u"[6-8]#'-'"};
+                             u"[5-6]$#'0'", u"[6-8]#'-'", u"[3-4]='Ab'", u"'a'#[5]", u"[2-3]$='0.'"};
   for (const char16_t* term : terms) {
     KwLogiTerm t;
     ASSERT_EQ(t.SetTerm(term, 1), 1);
