@@ -94,9 +94,32 @@ double HalfUnit(double magnitude, double scale, int roundMode) {
 
 // The digits of a value for `count` digit positions, first position first, and for each position
 // whether less than 0.6 units of the last place remain from it on (the test of a decimal "*").
+// Held in place for the usual pictures (a column calculation formats one value per line); a longer
+// picture takes memory from the heap.
 struct Digits {
-  std::vector<int> digit;
-  std::vector<bool> smallRest;
+  static constexpr int kInPlace = 40;
+  void Assign(int count) {
+    if (count > kInPlace) {
+      heapDigit.assign(static_cast<size_t>(count), 0);
+      heapRest.assign(static_cast<size_t>(count), 0);
+      digit = heapDigit.data();
+      smallRest = heapRest.data();
+    } else {
+      digit = placeDigit;
+      smallRest = placeRest;
+      std::fill(placeDigit, placeDigit + count, 0);
+      std::fill(placeRest, placeRest + count, 0);
+    }
+  }
+  int* digit = placeDigit;
+  unsigned char* smallRest = placeRest;
+  int placeDigit[kInPlace];
+  unsigned char placeRest[kInPlace];
+  std::vector<int> heapDigit;
+  std::vector<unsigned char> heapRest;
+  Digits() = default;
+  Digits(const Digits&) = delete;
+  Digits& operator=(const Digits&) = delete;
 };
 
 // The digits of (magnitude + half unit) in `integral` + `decimals` positions. Returns false when the
@@ -108,8 +131,7 @@ struct Digits {
 // as 0.3799999...; beyond 2^53 the digits are taken one by one from the scaled double.
 bool TakeDigits(double magnitude, int integral, int decimals, double limit, int roundMode, Digits& out) {
   const int count = integral + decimals;
-  out.digit.assign(static_cast<size_t>(count), 0);
-  out.smallRest.assign(static_cast<size_t>(count), false);
+  out.Assign(count);
   const double scale = PowerOfTen(decimals);
   const double q = magnitude * scale + HalfUnit(magnitude, scale, roundMode);
   bool fits;
@@ -122,8 +144,10 @@ bool TakeDigits(double magnitude, int integral, int decimals, double limit, int 
     fits = static_cast<double>(n) < room;
     if (!fits) n = (n / 10) % positions;
     uint64_t below = 0, place = 1;  // the digits right of position i, and 10^(count-1-i)
+    uint64_t left = n;              // the digits from position i leftwards
     for (int i = count - 1; i >= 0; --i) {
-      const uint64_t d = n / place % 10;
+      const uint64_t d = left % 10;
+      left /= 10;
       out.digit[i] = static_cast<int>(d);
       // What is left from this position on, in units of the last place, rounding half included.
       out.smallRest[i] = static_cast<double>(d * place + below) + fraction < 0.6;

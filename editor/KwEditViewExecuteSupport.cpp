@@ -324,14 +324,19 @@ int FieldDecimals(const char16_t* line, int64_t length, const int64_t* firsts, c
 
 bool FormatResult(double value, const std::u16string& picture, int64_t width, int decimals, int roundMode,
                   std::u16string* out) {
-  std::u16string field = picture;
+  // Made in `*out`, whose memory a task reuses from line to line.
+  std::u16string& field = *out;
+  field = picture;
   if (field.empty()) {
     // Room for the sign and one integral digit stays; decimals that do not fit are given up.
     const int64_t d = std::min<int64_t>(decimals, std::max<int64_t>(width - 2, 0));
-    if (d > 0)
-      field = std::u16string(static_cast<size_t>(width - d - 1), u'#') + u'.' + std::u16string(static_cast<size_t>(d), u'#');
-    else
+    if (d > 0) {
+      field.assign(static_cast<size_t>(width - d - 1), u'#');
+      field += u'.';
+      field.append(static_cast<size_t>(d), u'#');
+    } else {
       field.assign(static_cast<size_t>(width), u'#');
+    }
   }
   bool fits = SetDouble(value, field, 0, static_cast<int64_t>(field.size()), roundMode) != 0;
   if (fits && static_cast<int64_t>(field.size()) > width) {
@@ -344,7 +349,6 @@ bool FormatResult(double value, const std::u16string& picture, int64_t width, in
     return false;
   }
   if (static_cast<int64_t>(field.size()) < width) field.insert(0, static_cast<size_t>(width) - field.size(), u' ');
-  *out = std::move(field);
   return true;
 }
 

@@ -99,6 +99,8 @@ TEST(SetDouble, DigitPositionAndSignRules) {
       {-15.0, u"##", u"-1", 0},        // cannot shift: overflow
       {5.0, u"+#.##", u"+5.00", 1},    // "+" stays for a positive value
       {-0.001, u"+#.##", u" 0.00", 1},  // "+" became "-", and a leading "-0" loses its sign
+      // More digit positions than the usual pictures have (their digits are held elsewhere).
+      {-2.5, u"##########################################.**", u"                                        -2.5 ", 1},
   };
   for (const auto& row : rows) {
     std::u16string s = row.picture;
