@@ -215,7 +215,7 @@ int64_t SpliceList::Apply(KwEditBase& doc) {
 }
 
 bool SpliceList::ApplyBefore(KwEditBase& doc, Index limit) {
-  if (m_Entries.size() < kEarlyBatch || m_End >= limit) return true;
+  if (!Due(limit)) return true;
   return Apply(doc) >= 0;
 }
 
