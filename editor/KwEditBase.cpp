@@ -195,8 +195,7 @@ int64_t CountChunk(const char16_t* p, int64_t n, char16_t eol, int64_t* line, bo
     const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
     const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i + 8));
     feeds = _mm_or_si128(feeds, _mm_or_si128(_mm_cmpeq_epi16(a, f), _mm_cmpeq_epi16(b, f)));
-    auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(a, e), _mm_cmpeq_epi16(b, e))));
-    while (mask != 0) {
+    for (unsigned mask = scan::Mask16(p + i, e); mask != 0;) {
       end(i + std::countr_zero(mask));
       mask &= mask - 1;
     }

@@ -48,6 +48,15 @@ inline int64_t Count(const char16_t* p, int64_t n, char16_t c) {
   return total + k;
 }
 
+#if defined(__SSE2__)
+// One bit per unit of p[0, 16) that equals the unit repeated in `needle`, the first unit lowest.
+inline unsigned Mask16(const char16_t* p, __m128i needle) {
+  const __m128i a = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), needle);
+  const __m128i b = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 8)), needle);
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(a, b)));
+}
+#endif
+
 // Offset of the first unit equal to `c` in p[0, n), or n. Most searches end within a line of a few
 // dozen units: with SSE2 eight units are compared at once and the hit is taken from the compare mask,
 // with no block to rescan unit by unit.
@@ -57,9 +66,7 @@ inline int64_t Find(const char16_t* p, int64_t n, char16_t c) {
   const __m128i needle = _mm_set1_epi16(static_cast<short>(c));
   // Sixteen units a round: a line of a few dozen units is passed in two or three.
   for (; i + 16 <= n; i += 16) {
-    const __m128i a = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i)), needle);
-    const __m128i b = _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i + 8)), needle);
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(a, b)));
+    const unsigned mask = Mask16(p + i, needle);
     if (mask != 0) return i + std::countr_zero(mask);
   }
   for (; i + 8 <= n; i += 8) {

@@ -76,6 +76,14 @@ int64_t FindLiteral(const char16_t* text, int64_t length, const char16_t* patter
   return -1;
 }
 
+// The field of an item in a line of `length` characters: its columns, cut at the end of the line; empty
+// for a line variable.
+inline TermField FieldOf(const TermReference& r, const char16_t* line, int64_t length) {
+  const int64_t from = r.first - 1;
+  const int64_t to = std::min(r.last, length);
+  return r.first <= 0 || to <= from ? TermField{kEmpty, 0} : TermField{line + from, to - from};
+}
+
 }  // namespace
 
 KwLogiTerm::KwLogiTerm() { m_HelpId = 2170; }
@@ -426,6 +434,14 @@ int KwLogiTerm::QuotedRelation(const TermField& f, const char16_t* text, int64_t
 
   // 5. Single quotes: compared literally, at the place where a longer field holds the text (there it
   // is equal); a field no longer than the text is compared from its start.
+  const bool equality = code == 1 || code == 2 || code == 7 || code == 8;
+  if (equality && f.length == textLen && textLen > 0) {
+    // Equal or not, field and text of one width (a code column): every unit compared, no early way
+    // out whose branch the lines' random answers would keep mispredicting.
+    unsigned differ = 0;
+    for (int64_t i = 0; i < textLen; ++i) differ |= static_cast<unsigned>(f.text[i] ^ text[i]);
+    return (differ == 0) == (code == 1 || code == 7);
+  }
   bool has = f.length > 0;
   int cmp = 0;
   if (has && f.length > textLen) has = FindLiteral(f.text, f.length, text, textLen) >= 0;
@@ -441,10 +457,7 @@ int KwLogiTerm::QuotedRelation(const TermField& f, const char16_t* text, int64_t
 }
 
 int KwLogiTerm::EvaluateOneRelation(const char16_t* line, int64_t length) const {
-  const TermReference& r = m_Item[m_OneItem];
-  const int64_t from = r.first - 1;
-  const int64_t to = std::min(r.last, length);
-  const TermField f = to <= from ? TermField{kEmpty, 0} : TermField{line + from, to - from};
+  const TermField f = FieldOf(m_Item[m_OneItem], line, length);
   const Constant& k = m_Const[m_OneConstant];
   if (k.kind == kKindNumber) {
     if (m_OneCode >= 7) return 0;  // a number is no text to contain
@@ -454,14 +467,6 @@ int KwLogiTerm::EvaluateOneRelation(const char16_t* line, int64_t length) const 
   }
   const char16_t* text = m_Prepared.data() + k.first - 1;
   const int64_t textLen = std::max<int64_t>(0, k.last - k.first + 1);
-  if (k.kind == kKindSingleQuoted && f.length == textLen && textLen > 0 && m_OneCode != 3 && m_OneCode != 4 &&
-      m_OneCode != 5 && m_OneCode != 6) {
-    // Equal or not, field and text of one length (a code column): every unit compared, no early way
-    // out whose branch the text's random answers would keep mispredicting.
-    unsigned differ = 0;
-    for (int64_t i = 0; i < textLen; ++i) differ |= static_cast<unsigned>(f.text[i] ^ text[i]);
-    return (differ == 0) == (m_OneCode == 1 || m_OneCode == 7);
-  }
   return QuotedRelation(f, text, textLen, k.kind, m_OneCode);
 }
 
@@ -555,12 +560,7 @@ int KwLogiTerm::CalculateResult(const std::vector<std::u16string>& fields, const
 }
 
 void KwLogiTerm::LineFields(const char16_t* line, int64_t length, TermField* fields) const {
-  for (int64_t k = 0; k < m_ItemCount; ++k) {
-    const TermReference& r = m_Item[k];
-    const int64_t from = r.first - 1;
-    const int64_t to = std::min(r.last, length);
-    fields[k] = r.first <= 0 || to <= from ? TermField{kEmpty, 0} : TermField{line + from, to - from};
-  }
+  for (int64_t k = 0; k < m_ItemCount; ++k) fields[k] = FieldOf(m_Item[k], line, length);
 }
 
 int KwLogiTerm::CalculateResult(const char16_t* line, const int64_t* values, int show) const {
